@@ -7,7 +7,13 @@
 typedef int32_t SPErr;
 typedef unsigned char SPBoolean;
 
-enum { kSPNoError = 0 };
+enum {
+  kSPNoError = 0,
+  kSPUnimplementedError = 0x21494d50,  // '!IMP'
+  kSPOutOfMemoryError = -108,
+  kSPBadParameterError = 0x7061726d,   // 'parm'
+  kSPSuiteNotFoundError = 0x53214664   // 'S!Fd'
+};
 
 typedef struct SPBasicSuite {
   SPErr (*AcquireSuite)(const char* name, int32_t version, const void** suite);
