@@ -1,11 +1,21 @@
 #include "GL/OpenglShader.h"
 
+#include "Math/Affine.h"
+#include "Math/Color.h"
+#include "Math/Mat4.h"
+#include "Math/Vec2.h"
+#include "Math/Vec3.h"
+#include "Math/Vec4.h"
+
 #include <glbinding/gl/boolean.h>
 #include <glbinding/gl/enum.h>
 #include <glbinding/gl/functions.h>
 #include <glbinding/gl/types.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <vector>
 
 using namespace gl;
 
@@ -232,6 +242,28 @@ void OpenglShader::setUniform4f(const std::string& name, float v0, float v1, flo
     }
 }
 
+void OpenglShader::setUniform2f(const std::string& name, const Vec2& value) const
+{
+    setUniform2f(name, static_cast<float>(value.x), static_cast<float>(value.y));
+}
+
+void OpenglShader::setUniform3f(const std::string& name, const Vec3& value) const
+{
+    setUniform3f(name, static_cast<float>(value.x), static_cast<float>(value.y), static_cast<float>(value.z));
+}
+
+void OpenglShader::setUniform4f(const std::string& name, const Vec4& value) const
+{
+    setUniform4f(name, static_cast<float>(value.x), static_cast<float>(value.y), static_cast<float>(value.z),
+                 static_cast<float>(value.w));
+}
+
+void OpenglShader::setUniform4f(const std::string& name, const Color& value) const
+{
+    setUniform4f(name, static_cast<float>(value.mRed), static_cast<float>(value.mGreen),
+                 static_cast<float>(value.mBlue), static_cast<float>(value.mAlpha));
+}
+
 void OpenglShader::setUniform1iv(const std::string& name, const int* values, int count) const
 {
     const GLint location = getUniformLocation(name);
@@ -294,6 +326,38 @@ void OpenglShader::setUniform4fv(const std::string& name, const float* values, i
     if (location != -1) {
         glUniform4fv(location, count, values);
     }
+}
+
+void OpenglShader::setUniformMatrix3f(const std::string& name, Affine* transforms, int count) const
+{
+    const GLint location = getUniformLocation(name);
+    if (location == -1) {
+        return;
+    }
+    // A negative count reaches GL, which refuses it, but allocates nothing here.
+    std::vector<float> columns(count > 0 ? 9 * static_cast<size_t>(count) : 0);
+    for (size_t i = 0; i * 9 < columns.size(); ++i) {
+        const double* m = transforms[i].m;
+        const float column[9] = {static_cast<float>(m[0]), static_cast<float>(m[3]), 0.0f,
+                                 static_cast<float>(m[1]), static_cast<float>(m[4]), 0.0f,
+                                 static_cast<float>(m[2]), static_cast<float>(m[5]), 1.0f};
+        std::copy(column, column + 9, columns.begin() + static_cast<std::ptrdiff_t>(i * 9));
+    }
+    glUniformMatrix3fv(location, count, GL_FALSE, columns.data());
+}
+
+void OpenglShader::setUniformMatrix4f(const std::string& name, const Mat4& matrix, int count) const
+{
+    const GLint location = getUniformLocation(name);
+    if (location == -1) {
+        return;
+    }
+    // Both the Mat4 and GL keep columns together, so the elements go in storage order.
+    float elements[16];
+    for (int i = 0; i < 16; ++i) {
+        elements[i] = static_cast<float>(matrix.m[i]);
+    }
+    glUniformMatrix4fv(location, count, GL_FALSE, elements);
 }
 
 void OpenglShader::setUniformTexture(const std::string& name, int target, int texture, int unit) const
