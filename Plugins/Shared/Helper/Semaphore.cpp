@@ -1,0 +1,35 @@
+#include "Helper/Semaphore.h"
+
+namespace Quillmere::Velmira {
+
+Semaphore::Semaphore(unsigned int value) : mMachSemaphore(SEMAPHORE_NULL), mWaitingCount(0) {
+  // The kernel's answer is not looked at: should it fail, the name stays null, and every
+  // later call on it returns at once instead of touching anything.
+  semaphore_create(mach_task_self_, &mMachSemaphore, SYNC_POLICY_LIFO, static_cast<int>(value));
+}
+
+Semaphore::~Semaphore() {
+  semaphore_destroy(mach_task_self_, mMachSemaphore);
+}
+
+void Semaphore::wait() {
+  ++mWaitingCount;
+  semaphore_wait(mMachSemaphore);
+  --mWaitingCount;
+}
+
+void Semaphore::signal() {
+  semaphore_signal(mMachSemaphore);
+}
+
+void Semaphore::signal(unsigned int count) {
+  for (unsigned int i = 0; i < count; ++i) {
+    semaphore_signal(mMachSemaphore);
+  }
+}
+
+void Semaphore::signalAll() {
+  semaphore_signal_all(mMachSemaphore);
+}
+
+}  // namespace Quillmere::Velmira
