@@ -1,0 +1,187 @@
+// A host for unit tests of the plug-in: it plays PF_InData/PF_OutData, the interact and
+// util callbacks, SPBasicSuite with a registry of suites, and the pre-render and
+// smart-render extras, and records every call the plug-in makes, in order.
+//
+//   HostDouble host;                          // becomes the host of the callbacks
+//   host.setParam(1, 9.0);                    // or a function of the time
+//   host.failCall("checkin_param", 2, PF_Err_INTERNAL_STRUCT_DAMAGED);
+//   PF_Err err = host.send(EntryPointFunc, PF_Cmd_PARAMS_SETUP);
+//   EXPECT_EQ(host.callNames(), (std::vector<std::string>{"add_param", ...}));
+//
+// Callbacks that take no effect_ref (utils, suites) reach the HostDouble made last, so
+// only one lives at a time; its callbacks may be called from any thread.
+// Call names are the SDK's ("checkout_param", "AcquireSuite", ...), prefixed where two
+// routes share a name ("ansi.sprintf" through in_data->utils, "ANSISuite.sprintf" through
+// the PF ANSI suite, "HandleSuite.host_new_handle", "iterateFloat.iterate").
+#pragma once
+
+#include <cstdarg>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "AE_Effect.h"
+#include "AE_EffectSuites.h"
+#include "HostCall.h"
+#include "HostWorld.h"
+
+namespace Quillmere::Velmira {
+
+class HostDouble {
+public:
+  // What AcquireSuite answers for a name and version that is not registered.
+  static constexpr SPErr kSuiteNotFound = 0x53214664;
+
+  using ParamFunction = std::function<double(A_long what_time, A_long time_step, A_u_long time_scale)>;
+
+  // Registers the PF ANSI (1), PF Handle (2) and PF iterateFloat (1) suites.
+  HostDouble();
+  ~HostDouble();
+  HostDouble(const HostDouble&) = delete;
+  HostDouble& operator=(const HostDouble&) = delete;
+
+  PF_InData* inData() { return &mInData; }
+  PF_OutData* outData() { return &mOutData; }
+  PF_ProgPtr effectRef() const { return mInData.effect_ref; }
+  // Calls the entry with this host's records, as a host sends one command.
+  PF_Err send(PF_EntryPointFunc entry, PF_Cmd cmd, void* extra = nullptr);
+  void setTime(A_long currentTime, A_long timeStep, A_u_long timeScale);
+
+  // checkout_param answers a set value; an index never set but added by the plug-in
+  // answers its default; any other index fails with PF_Err_INVALID_INDEX.
+  void setParam(PF_ParamIndex index, double value);
+  void setParam(PF_ParamIndex index, ParamFunction valueAt);
+  std::vector<PF_ParamDef> addedParams() const;
+
+  // Suites by name and version; a null table is found but null.
+  void addSuite(const std::string& name, int version, const void* table);
+  void removeSuite(const std::string& name, int version);
+  // Acquires minus releases, for one suite or for all.
+  int heldSuites(const std::string& name, int version) const;
+  int heldSuites() const;
+  // Without it in_data->pica_basicP is null.
+  void setBasicSuitePresent(bool present);
+  SPBasicSuite* basicSuite() { return &mBasicSuite; }
+
+  // Pre-render: the request the host makes, and what checkout_layer answers.
+  PF_PreRenderExtra* preRenderExtra() { return &mPreRenderExtra; }
+  PF_RenderRequest& outputRequest() { return mPreRenderInput.output_request; }
+  PF_PreRenderOutput& preRenderOutput() { return mPreRenderOutput; }
+  PF_CheckoutResult& checkoutResult() { return mCheckoutResult; }
+
+  // Smart render: the worlds checkout_layer_pixels and checkout_output give (until set,
+  // those callbacks fail with PF_Err_BAD_CALLBACK_PARAM).
+  PF_SmartRenderExtra* smartRenderExtra() { return &mSmartRenderExtra; }
+  HostWorld& setInputWorld(A_long width, A_long height, A_long rowbytes = 0);
+  HostWorld& setOutputWorld(A_long width, A_long height, A_long rowbytes = 0);
+  HostWorld* inputWorld() { return mInputWorld.get(); }
+  HostWorld* outputWorld() { return mOutputWorld.get(); }
+
+  // Failure injection on the nth call (from 1, counted since construction or the last
+  // clearCalls) of the named callback. Callbacks without a result (the void handle
+  // calls) only throw; host_new_handle answers a failure code with a null handle.
+  void failCall(const std::string& name, int nth, PF_Err code);
+  void throwIntOnCall(const std::string& name, int nth, int value);
+  void throwRuntimeErrorOnCall(const std::string& name, int nth, const std::string& what);
+
+  std::vector<HostCall> calls() const;
+  std::vector<std::string> callNames() const;
+  int count(const std::string& name) const;
+  void clearCalls();
+
+  int liveHandles() const;
+
+private:
+  enum class FaultKind { Code, ThrowInt, ThrowRuntimeError };
+  struct Fault {
+    std::string name;
+    int nth;
+    FaultKind kind;
+    int value;
+    std::string what;
+  };
+  struct Handle {
+    void* data = nullptr;  // first, so that the handle is the address of this pointer
+    std::vector<char> bytes;
+  };
+
+  static HostDouble& current();
+
+  // Records the call, then applies a fault set for it: throws, or returns its code.
+  PF_Err enter(HostCall call);
+  void installCallbacks();
+  void installSuites();
+
+  // Callbacks, one static per SDK function pointer.
+  static PF_Err checkoutParam(PF_ProgPtr ref, PF_ParamIndex index, A_long what_time, A_long time_step,
+                              A_u_long time_scale, PF_ParamDef* param);
+  static PF_Err checkinParam(PF_ProgPtr ref, PF_ParamDef* param);
+  static PF_Err addParam(PF_ProgPtr ref, PF_ParamIndex index, PF_ParamDefPtr def);
+  static PF_Err abortCallback(PF_ProgPtr ref);
+  static PF_Err progress(PF_ProgPtr ref, A_long current, A_long total);
+  static int utilsSprintf(A_char* buffer, const A_char* format, ...) __attribute__((format(printf, 2, 3)));
+  static int suiteSprintf(A_char* buffer, const A_char* format, ...) __attribute__((format(printf, 2, 3)));
+  static int formatInto(const char* name, A_char* buffer, const A_char* format, va_list args)
+      __attribute__((format(printf, 3, 0)));
+  static A_char* utilsStrcpy(A_char* dest, const A_char* src);
+  static A_char* suiteStrcpy(A_char* dest, const A_char* src);
+  PF_Handle newHandle(const char* name, A_HandleSize size);
+  void* lockHandle(const char* name, PF_Handle handle);
+  void unlockHandle(const char* name, PF_Handle handle);
+  void disposeHandle(const char* name, PF_Handle handle);
+  A_HandleSize handleSize(const char* name, PF_Handle handle);
+  PF_Err resizeHandle(const char* name, A_HandleSize size, PF_Handle* handle);
+  static PF_Err getPixelData8(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel8** result);
+  static PF_Err getPixelData16(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel16** result);
+  static SPErr acquireSuite(const char* name, int32_t version, const void** suite);
+  static SPErr releaseSuite(const char* name, int32_t version);
+  static PF_Err iterateFloat(PF_InData* in_data, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
+                             const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn,
+                             PF_EffectWorld* dst);
+  static PF_Err iterateFloatOrigin(PF_InData* in_data, A_long progress_base, A_long progress_final,
+                                   PF_EffectWorld* src, const PF_Rect* area, const PF_Point* origin, void* refcon,
+                                   PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
+  static PF_Err iterateFloatOver(PF_EffectWorld* src, const PF_Rect* area, PF_Point origin, void* refcon,
+                                 PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
+  static PF_Err checkoutLayer(PF_ProgPtr ref, PF_ParamIndex index, A_long checkout_id, const PF_RenderRequest* req,
+                              A_long what_time, A_long time_step, A_u_long time_scale, PF_CheckoutResult* result);
+  static PF_Err guidMixIn(PF_ProgPtr ref, A_u_long size, const void* buf);
+  static PF_Err checkoutLayerPixels(PF_ProgPtr ref, A_long checkout_id, PF_EffectWorld** pixels);
+  static PF_Err checkinLayerPixels(PF_ProgPtr ref, A_long checkout_id);
+  static PF_Err checkoutOutput(PF_ProgPtr ref, PF_EffectWorld** output);
+
+  mutable std::mutex mMutex;  // guards everything below that callbacks touch
+  std::vector<HostCall> mCalls;
+  std::map<std::string, int> mCallCounts;
+  std::vector<Fault> mFaults;
+  std::map<PF_ParamIndex, ParamFunction> mParams;
+  std::vector<PF_ParamDef> mAddedParams;
+  std::map<std::pair<std::string, int>, const void*> mSuites;
+  std::map<std::pair<std::string, int>, int> mHeld;
+  std::map<PF_Handle, std::unique_ptr<Handle>> mHandles;
+
+  PF_InData mInData{};
+  PF_OutData mOutData{};
+  PF_UtilCallbacks mUtils{};
+  SPBasicSuite mBasicSuite{};
+  PF_ANSICallbacksSuite1 mAnsiSuite{};
+  PF_HandleSuite1 mHandleSuite{};
+  PF_iterateFloatSuite1 mIterateFloatSuite{};
+
+  PF_PreRenderInput mPreRenderInput{};
+  PF_PreRenderOutput mPreRenderOutput{};
+  PF_PreRenderCallbacks mPreRenderCallbacks{};
+  PF_PreRenderExtra mPreRenderExtra{};
+  PF_CheckoutResult mCheckoutResult{};
+  PF_SmartRenderInput mSmartRenderInput{};
+  PF_SmartRenderCallbacks mSmartRenderCallbacks{};
+  PF_SmartRenderExtra mSmartRenderExtra{};
+  std::unique_ptr<HostWorld> mInputWorld;
+  std::unique_ptr<HostWorld> mOutputWorld;
+};
+
+}  // namespace Quillmere::Velmira
