@@ -1,0 +1,28 @@
+#pragma once
+
+#include "GL/OpenglShader.h"
+#include "GL/FullFrameQuad.h"
+
+namespace Quillmere::Velmira {
+
+// The first pass of a frame for effects that draw in premultiplied red, green, blue, alpha: an uploaded texture in
+// the host's order, times the 16-bit multiplier, reordered and premultiplied. The inverse of ScreenRender.
+class BackgroundRender {
+public:
+    BackgroundRender();  // makes no GL call
+    ~BackgroundRender();
+
+    BackgroundRender(const BackgroundRender&) = delete;
+    BackgroundRender& operator=(const BackgroundRender&) = delete;
+
+    void draw(unsigned int texture, float multiplier);
+
+    static const char* vertexSource();
+    static const char* fragmentSource();
+
+private:
+    OpenglShader mShader;
+    FullFrameQuad mQuad;
+};
+
+}  // namespace Quillmere::Velmira
