@@ -1,0 +1,142 @@
+#include "Math/Color.h"
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include "MathPrinters.h"
+
+namespace Quillmere::Velmira {
+namespace {
+
+// Single-precision quotients n / 15 and n / 255, widened: the values a
+// colour text or packed integer must store exactly.
+constexpr double k8Of15 = 0.5333333611488342;
+constexpr double k1Of15 = 0.06666667014360428;
+constexpr double k2Of15 = 0.13333334028720856;
+constexpr double k128Of255 = 0.501960813999176;
+
+void expectChannels(const Color& c, double r, double g, double b, double a, const std::string& what)
+{
+    EXPECT_EQ(c.mRed, r) << what << " red";
+    EXPECT_EQ(c.mGreen, g) << what << " green";
+    EXPECT_EQ(c.mBlue, b) << what << " blue";
+    EXPECT_EQ(c.mAlpha, a) << what << " alpha";
+}
+
+TEST(Color, StartsOpaqueWhite)
+{
+    expectChannels(Color(), 1, 1, 1, 1, "Color()");
+}
+
+TEST(Color, TextOfTheWrongShapeLeavesWhite)
+{
+    for (const char* text : {"", "ff0000", "x#ff0000", "#12345", "#1234567", "#12", "#123456789"}) {
+        expectChannels(Color(std::string(text)), 1, 1, 1, 1, std::string("\"") + text + "\"");
+    }
+}
+
+TEST(Color, TextWithoutDigitsOrBeyond64BitsThrows)
+{
+    EXPECT_THROW(Color(std::string("#")), std::invalid_argument);
+    EXPECT_THROW(Color(std::string("#zz")), std::invalid_argument);
+    EXPECT_THROW(Color(std::string("#1FFFFFFFFFFFFFFFF")), std::out_of_range);
+}
+
+TEST(Color, TextFormsAreArgbWithSinglePrecisionQuotients)
+{
+    const struct {
+        const char* text;
+        double r, g, b, a;
+    } cases[] = {
+        {"#f00", 1, 0, 0, 1},
+        {"#8f00", 1, 0, 0, k8Of15},  // alpha first
+        {"#ff0000", 1, 0, 0, 1},
+        {"#80ff0000", 1, 0, 0, k128Of255},
+        {"#FF0080", 1, 0, k128Of255, 1},
+        {"#fF0", 1, 1, 0, 1},
+        {"#12G", 0, k1Of15, k2Of15, 1},  // the length picks the form; the digits read are 0x12
+    };
+    for (const auto& c : cases) {
+        expectChannels(Color(std::string(c.text)), c.r, c.g, c.b, c.a, c.text);
+    }
+    EXPECT_NE(Color(std::string("#8f00")).mAlpha, 8.0 / 15.0) << "the float quotient, not the double one";
+}
+
+TEST(Color, PackedIntegerHasAlphaInTheTopByteAndNoDefault)
+{
+    expectChannels(Color(0x80FF8000u), 1, k128Of255, 0, k128Of255, "0x80FF8000");
+    expectChannels(Color(0x00FFFFFFu), 1, 1, 1, 0, "0x00FFFFFF");
+    expectChannels(Color(0xFF000000u), 0, 0, 0, 1, "0xFF000000");
+}
+
+TEST(Color, NilColoursAreAllEqual)
+{
+    EXPECT_TRUE(Color(0.5, 0.5, -0.1, 1).isNil());
+    EXPECT_FALSE(Color(std::numeric_limits<double>::quiet_NaN(), 0, 0, 1).isNil()) << "NaN is not below 0";
+    Color nil;
+    nil.setNil();
+    expectChannels(nil, -1, -1, -1, -1, "setNil");
+    EXPECT_TRUE(nil == Color(0.2, -3, 0.4, 0.5)) << "two nil colours, different channels";
+    EXPECT_TRUE(nil != Color());
+    EXPECT_TRUE(Color(1, 1, 1, 1) == Color(1, 1, 1, 1 - 1e-12));
+    EXPECT_TRUE(Color(1, 1, 1, 1) != Color(1, 1, 1, 1 - 2e-12));
+}
+
+TEST(Color, LerpClampsTAndRoundsTheFirstWeightToFloat)
+{
+    const Color a(0.2, 0.4, 0.6, 0.8);
+    const Color b(1, 0, 1, 0);
+    expectChannels(Color::lerp(a, b, 2.0), 1, 0, 1, 0, "t 2");
+    expectChannels(Color::lerp(a, b, -1.0), 0.2, 0.4, 0.6, 0.8, "t -1");
+    // s = float(0.9) = 0.8999999761581421 while t stays 0.1.
+    const Color mixed = Color::lerp(Color(1, 1, 1, 1), Color(0, 0, 0, 0), 0.1);
+    expectChannels(mixed, 0.8999999761581421, 0.8999999761581421, 0.8999999761581421, 0.8999999761581421,
+                   "t 0.1");
+}
+
+TEST(Color, HexStringTruncatesAndPadsNothing)
+{
+    const struct {
+        Color color;
+        const char* text;
+    } cases[] = {
+        {Color(), "#FFFFFF"},
+        {Color(0, 0, 0, 1), "#000"},
+        {Color(1, 1, 1, 0.5), "#7FFFFFFF"},  // 127.5 truncates to 7F
+        {Color(1, 0, 0.5, 1), "#FF07F"},
+        {Color(0.0627, 1, 1, 1), "#FFFFF"},  // 15.99 truncates to F
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.color.toHexString(), c.text);
+    }
+}
+
+TEST(Color, ArithmeticIsByChannelIncludingAlpha)
+{
+    expectChannels(Color(0.5, 0.5, 0.5, 0.5) * 4.0, 2, 2, 2, 2, "times 4, not clamped");
+    expectChannels(Color(0.5, 0.25, 1, 1) - Color(1, 0.25, 0, 0.5), -0.5, 0, 1, 0.5, "difference");
+}
+
+RC_GTEST_PROP(ColorProperty, TwoDigitChannelTextParsesBack, ())
+{
+    // Bytes of 16 and above print two digits each.
+    const auto byte = rc::gen::inRange(16, 256);
+    const unsigned alpha = static_cast<unsigned>(*byte);
+    const unsigned packed =
+        alpha << 24 | static_cast<unsigned>(*byte) << 16 | static_cast<unsigned>(*byte) << 8 | *byte;
+    const Color original(packed);
+    const std::string text = original.toHexString();
+    RC_ASSERT(text.size() == (alpha == 255 ? 7u : 9u));
+    const Color back(text);
+    RC_ASSERT(back.mRed == original.mRed);
+    RC_ASSERT(back.mGreen == original.mGreen);
+    RC_ASSERT(back.mBlue == original.mBlue);
+    RC_ASSERT(back.mAlpha == original.mAlpha);
+}
+
+}  // namespace
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,337 @@
+#include "Math/Vec2.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include "MathPrinters.h"
+
+namespace Quillmere::Velmira {
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Coordinates in thousandths up to +-1000: wide enough to mix signs and
+// magnitudes, small enough that a round trip loses at most a few ulps.
+rc::Gen<double> coordinate()
+{
+    return rc::gen::map(rc::gen::inRange(-1000000, 1000001), [](int v) { return v / 1000.0; });
+}
+
+rc::Gen<Vec2> anyVec2()
+{
+    return rc::gen::construct<Vec2>(coordinate(), coordinate());
+}
+
+TEST(Vec2, ZeroLengthAnswersDifferByOperation)
+{
+    Vec2 member(0, 0);
+    member.normalize();
+    EXPECT_EQ(member, Vec2(1, 0)) << "member normalize of the zero vector";
+
+    double px = 0;
+    double py = 0;
+    Vec2::normalize(&px, &py);
+    EXPECT_EQ(px, 0.0) << "static normalize leaves (0, 0)";
+    EXPECT_EQ(py, 0.0);
+
+    px = 1e-13;
+    Vec2::normalize(&px, &py);
+    EXPECT_EQ(px, 1e-13) << "static normalize leaves a pair at or below 1e-12";
+    Vec2 tiny(1e-13, 0);
+    tiny.normalize();
+    EXPECT_EQ(tiny, Vec2(1, 0)) << "member normalize scales any non-zero vector";
+
+    Vec2 sized(0, 0);
+    sized.setLength(5);
+    EXPECT_EQ(sized, Vec2(5, 0));
+    EXPECT_EQ(Vec2(3, 4).project(Vec2(0, 0)), Vec2(0, 0));
+    EXPECT_EQ(Vec2(3, 4).project(Vec2(2, 0)), Vec2(3, 0));
+    EXPECT_EQ(Vec2(0, 0).getAngle(), 0.0);
+    Vec2 still(0, 0);
+    still.setAngle(30);
+    EXPECT_TRUE(still.isZero()) << "setAngle keeps a zero length";
+}
+
+TEST(Vec2, AnglesAreDegreesThroughTheShortConstant)
+{
+    Vec2 v(1, 0);
+    v.rotate(90);
+    // 90 * 0.017453292519943 falls 2.66e-14 short of pi/2, so cos leaves about
+    // that much in x; pi/180 would leave 6e-17.
+    EXPECT_NEAR(v.x, 2.65e-14, 1e-15) << "rotate must multiply by kDegToRad";
+    EXPECT_DOUBLE_EQ(v.y, 1.0);
+
+    EXPECT_NEAR(Vec2(0, 1).getAngle(), 90.0, 1e-12);
+    EXPECT_NEAR(Vec2(-1, 0).getAngle(), 180.0, 1e-12);
+    EXPECT_NEAR(Vec2(0, -2).getAngle(), -90.0, 1e-12);
+    EXPECT_NEAR(Vec2(1, 0).angleBetween(Vec2(0, 3)), 90.0, 1e-12) << "positive towards +y";
+    EXPECT_NEAR(Vec2(0, 3).angleBetween(Vec2(1, 0)), -90.0, 1e-12) << "signed";
+
+    Vec2 turned(2, 0);
+    turned.setAngle(90);
+    EXPECT_EQ(turned, Vec2(0, 2));
+}
+
+TEST(Vec2, RotationByZeroSkipsTheTrigonometry)
+{
+    // With cos and sin, 1 - inf * 0 would be NaN; the early return keeps it.
+    Vec2 v(1, kInf);
+    v.rotate(0);
+    EXPECT_EQ(v.x, 1.0);
+    EXPECT_EQ(v.y, kInf);
+    const Vec2 round = v.rotateRound(0, Vec2(5, 5));
+    EXPECT_EQ(round.x, 1.0);
+
+    Vec2 point(2, 1);
+    const Vec2 moved = point.rotateRound(90, Vec2(1, 1));
+    EXPECT_EQ(moved, Vec2(1, 2));
+    EXPECT_EQ(point, Vec2(2, 1)) << "rotateRound leaves the object";
+    point.rotateAround(90, Vec2(1, 1));
+    EXPECT_EQ(point, Vec2(1, 2)) << "rotateAround changes the object";
+}
+
+TEST(Vec2, ToleranceRulesDifferByTest)
+{
+    EXPECT_TRUE(Vec2(1, 0).equal(Vec2(1.5, 0), 0.5)) << "equal is inclusive, by component";
+    EXPECT_FALSE(Vec2::equalWithTolerance(Vec2(1, 0), Vec2(1.5, 0), 0.5)) << "strict, on the distance";
+    EXPECT_TRUE(Vec2::equalWithTolerance(0, 0, 0.3, 0.3, 0.5)) << "distance 0.424 < 0.5";
+    EXPECT_FALSE(Vec2(0, 0).equal(Vec2(0.3, 0.3), 0.29));
+
+    EXPECT_FALSE(Vec2::isDuplicate(Vec2(0, 0), Vec2(0.25, 0)));
+    EXPECT_TRUE(Vec2::isDuplicate(Vec2(0, 0), Vec2(0.2, 0.2)));
+    EXPECT_TRUE(Vec2::isDuplicate(Vec2(1, 1), Vec2(0.76, 1.24)));
+
+    // Scaled by both lengths: an absolute 1e-12 would reject the first two.
+    EXPECT_TRUE(Vec2(1e6, 0).isCollinear(Vec2(1e6, 1e-7)));
+    EXPECT_TRUE(Vec2(1e6, 0).isOrthogonal(Vec2(1e-7, 1e6)));
+    EXPECT_FALSE(Vec2(1, 0).isCollinear(Vec2(1, 1e-11)));
+    EXPECT_TRUE(Vec2(0, 0).isCollinear(Vec2(3, 4)));
+    EXPECT_TRUE(Vec2(0, 0).isOrthogonal(Vec2(3, 4)));
+
+    EXPECT_TRUE(Vec2(9e-13, -9e-13).negligible());
+    EXPECT_TRUE(Vec2(1e-12, 0).nonNegligible()) << "the bound itself is not negligible";
+    EXPECT_TRUE(Vec2(kNaN, 0).nonNegligible());
+}
+
+TEST(Vec2, EqualityIsPerComponentAndNaNIsNeverEqual)
+{
+    EXPECT_TRUE(Vec2(1, 2) == Vec2(1 + 9e-13, 2 - 9e-13));
+    EXPECT_FALSE(Vec2(1, 2) == Vec2(1, 2 + 2e-12));
+    const Vec2 nan(kNaN, 0);
+    EXPECT_FALSE(nan == nan);
+    EXPECT_TRUE(nan != nan);
+    EXPECT_TRUE(Vec2(-0.0, 0).isZero()) << "negative zero is zero";
+    EXPECT_FALSE(Vec2(1e-300, 0).isZero()) << "isZero has no tolerance";
+}
+
+TEST(Vec2, CompoundOperatorsChangeAndPlainOperatorsCopy)
+{
+    Vec2 v(6, 8);
+    v += Vec2(1, 1);
+    v -= 1.0;
+    v *= Vec2(2, 0.5);
+    v /= 2.0;
+    EXPECT_EQ(v, Vec2(6, 2));
+    const Vec2 sum = v + 1.0;
+    EXPECT_EQ(v, Vec2(6, 2)) << "operator+ leaves its operand";
+    EXPECT_EQ(sum, Vec2(7, 3));
+    EXPECT_EQ((Vec2(1, 0) / 0.0).x, kInf) << "no guard on division";
+}
+
+TEST(Vec2, ProductsAndRemainders)
+{
+    EXPECT_EQ(Vec2(1, 2).dotProduction(Vec2(3, 4)), Vec2(3, 8));
+    EXPECT_EQ(Vec2(1, 2).dot(Vec2(3, 4)), 11.0);
+    EXPECT_EQ(Vec2(1, 2).cross(Vec2(3, 4)), -2.0);
+    EXPECT_EQ(Vec2::cross(1, 2, 3, 4), -2.0);
+    EXPECT_EQ(Vec2(-7, 7) % Vec2(3, -3), Vec2(-1, 1)) << "the remainder's sign follows the dividend";
+    EXPECT_EQ(Vec2(2, 3).perpindicularLeft(), Vec2(-3, 2));
+    EXPECT_EQ(Vec2(2, 3).perpindicularRight(), Vec2(3, -2));
+    EXPECT_EQ(Vec2::lerp(Vec2(0, 0), Vec2(10, -2), 2), Vec2(20, -4)) << "t is not clamped";
+}
+
+TEST(Vec2, MinMaxAndClampChangeTheObject)
+{
+    Vec2 v(3, -1);
+    v.getMin(Vec2(1, 5));
+    EXPECT_EQ(v, Vec2(1, -1));
+    v.getMax(Vec2(2, 0));
+    EXPECT_EQ(v, Vec2(2, 0));
+    Vec2 crossed(0, 5);
+    crossed.clamp(Vec2(1, 1), Vec2(0, 0));
+    EXPECT_EQ(crossed, Vec2(1, 0)) << "below low gives low even when low exceeds high";
+}
+
+TEST(Vec2, LineDistancesAreUnclampedAndNonNegative)
+{
+    EXPECT_DOUBLE_EQ(Vec2(4, 5).distanceToLine(Vec2(0, 0), Vec2(10, 0)), 5.0);
+    EXPECT_DOUBLE_EQ(Vec2(-3, 5).lineProjectionLength(Vec2(0, 0), Vec2(10, 0)), 3.0)
+        << "a foot behind the first point still gives a positive length";
+    EXPECT_TRUE(std::isnan(Vec2(1, 1).distanceToLine(Vec2(2, 2), Vec2(2, 2))));
+}
+
+TEST(Vec2, QuadrantsCountZeroAsPositive)
+{
+    const struct {
+        Vec2 v;
+        int quadrant;
+    } cases[] = {{{0, 0}, 1}, {{-1, 0}, 2}, {{-1, -1}, 3}, {{0, -1}, 4}, {{-0.0, 2}, 1}, {{3, 3}, 1}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.v.getQuadrant(), c.quadrant) << "(" << c.v.x << ", " << c.v.y << ")";
+    }
+}
+
+TEST(Vec2, OppositeQuadrantNeedsBothAxesOrAZeroAxis)
+{
+    const struct {
+        Vec2 a;
+        Vec2 b;
+        bool opposite;
+    } cases[] = {
+        {{1, 0}, {-1, 0}, true},  {{1, 1}, {-1, 1}, false}, {{0, 0}, {0, 0}, false},
+        {{1, 1}, {-1, -1}, true}, {{0, 1}, {0, -1}, true},  {{1, 1}, {1, -1}, false},
+        {{1, 2}, {3, 4}, false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Vec2::oppositeQuadrant(c.a, c.b), c.opposite)
+            << "(" << c.a.x << ", " << c.a.y << ") against (" << c.b.x << ", " << c.b.y << ")";
+    }
+}
+
+TEST(Vec2, FollowSignsCountsZeroWithTheNegatives)
+{
+    Vec2 v(0, -2);
+    v.followSigns(Vec2(1, 0));
+    EXPECT_TRUE(std::signbit(v.x)) << "0 against a positive becomes -0";
+    EXPECT_EQ(v.y, -2.0) << "a negative against 0 stays negative";
+    Vec2 w(5, -5);
+    w.followSigns(Vec2(-0.1, 7));
+    EXPECT_EQ(w, Vec2(-5, 5)) << "only signs follow, not magnitudes";
+}
+
+struct IntersectCase {
+    const char* name;
+    Vec2 p1, p2, p3, p4;
+    int result;
+    Vec2 point;
+    double u1;
+    double u2;
+};
+
+TEST(Vec2, IntersectClassifiesEveryCase)
+{
+    constexpr double kUnset = -7.0;
+    const IntersectCase cases[] = {
+        {"cross", {0, 0}, {2, 2}, {0, 2}, {2, 0}, 1, {1, 1}, 0.5, 0.5},
+        {"parallel", {0, 0}, {1, 0}, {0, 1}, {1, 1}, 0, {0, 0}, kUnset, kUnset},
+        {"coincide", {0, 0}, {1, 0}, {2, 0}, {3, 0}, 2, {0.5, 0}, kUnset, kUnset},
+        {"first only", {0, 0}, {2, 0}, {1, 1}, {1, 2}, 4, {1, 0}, 0.5, -1},
+        {"second only", {1, 1}, {1, 2}, {0, 0}, {2, 0}, 3, {1, 0}, -1, 0.5},
+        {"neither", {0, 0}, {1, 0}, {3, 1}, {3, 2}, 5, {3, 0}, 3, -1},
+        {"ends included", {0, 0}, {1, 0}, {1, 0}, {1, 1}, 1, {1, 0}, 1, 0},
+    };
+    for (const IntersectCase& c : cases) {
+        Vec2 point(99, 99);
+        double u1 = kUnset;
+        double u2 = kUnset;
+        EXPECT_EQ(Vec2::intersect(c.p1, c.p2, c.p3, c.p4, point, &u1, &u2), c.result) << c.name;
+        EXPECT_EQ(point, c.point) << c.name;
+        EXPECT_DOUBLE_EQ(u1, c.u1) << c.name;
+        EXPECT_DOUBLE_EQ(u2, c.u2) << c.name;
+        EXPECT_EQ(Vec2::intersect(c.p1, c.p2, c.p3, c.p4, point, nullptr, nullptr), c.result)
+            << c.name << " without parameter pointers";
+    }
+}
+
+TEST(Vec2, SegmentSideTestsUseTheFirstLineOnly)
+{
+    EXPECT_EQ(Vec2::signedArea(Vec2(0, 0), Vec2(1, 0), Vec2(0, 1)), 1.0) << "twice the area, positive turn";
+    EXPECT_TRUE(Vec2::intersecting(Vec2(0, 0), Vec2(1, 0), Vec2(0, 1), Vec2(5, 0)))
+        << "a point on the line counts with the negative side";
+    EXPECT_FALSE(Vec2::intersecting(Vec2(0, 0), Vec2(1, 0), Vec2(0, 1), Vec2(3, 2)));
+    EXPECT_TRUE(Vec2::intersecting(Vec2(0, 0), Vec2(1, 0), Vec2(50, 1), Vec2(50, -1)))
+        << "c and d are not tested against the segment a-b";
+}
+
+TEST(Vec2, AnchoringNegatesTowardsTheAskedSide)
+{
+    const struct {
+        Vec2 vector;
+        bool inward;
+        bool result;
+        Vec2 after;
+    } cases[] = {
+        {{1, 0}, false, true, {-1, 0}},
+        {{1, 0}, true, false, {1, 0}},
+        {{-1, 0}, true, true, {1, 0}},
+        {{0, 1}, false, true, {0, -1}},  // a zero dot product is not positive
+    };
+    const Vec2 anchor(0, 0);
+    const Vec2 reference(1, 0);
+    for (const auto& c : cases) {
+        Vec2 v = c.vector;
+        EXPECT_EQ(Vec2::anchorOutward(v, anchor, reference, c.inward), c.result)
+            << "(" << c.vector.x << ", " << c.vector.y << ") inward " << c.inward;
+        EXPECT_EQ(v, c.after) << "(" << c.vector.x << ", " << c.vector.y << ") inward " << c.inward;
+    }
+    Vec2 v(-1, 0);
+    EXPECT_TRUE(Vec2::anchorOutwardD(v, anchor, reference));
+    EXPECT_EQ(v, Vec2(-1, 0)) << "anchorOutwardD changes nothing";
+    EXPECT_TRUE(Vec2::anchorInward(v, anchor, reference));
+    EXPECT_EQ(v, Vec2(1, 0));
+}
+
+TEST(Vec2, CoordinateConversionsFlipY)
+{
+    const Vec2 frame(100, 50);
+    EXPECT_EQ(Vec2::centerToTopLefetPoint(Vec2(0, 0), frame), Vec2(50, 25));
+    EXPECT_EQ(Vec2::topLeftToCenterPoint(Vec2(0, 0), frame), Vec2(-50, 25));
+    EXPECT_EQ(Vec2::centerToTopLefetPoint(Vec2(-50, 25), frame), Vec2(0, 0));
+}
+
+TEST(Vec2, FromArrayIgnoresANullArray)
+{
+    double values[] = {1, 2, 3};
+    Vec2 v(7, 7);
+    v.fromArray(nullptr, 0);
+    EXPECT_EQ(v, Vec2(7, 7));
+    v.fromArray(values, 1);
+    EXPECT_EQ(v, Vec2(2, 3));
+}
+
+RC_GTEST_PROP(Vec2Property, NormalizedNonZeroVectorHasUnitLength, ())
+{
+    Vec2 v = *anyVec2();
+    RC_PRE(!v.isZero());
+    v.normalize();
+    // A few roundings in the sum, the root and the scaling: 1e-15 is ~4 ulp.
+    RC_ASSERT(std::fabs(v.length() - 1.0) <= 1e-15);
+}
+
+RC_GTEST_PROP(Vec2Property, RotationThereAndBackReturnsTheVector, ())
+{
+    const Vec2 original = *anyVec2();
+    const double degrees = *coordinate();
+    Vec2 v = original;
+    v.rotate(degrees);
+    v.rotate(-degrees);
+    // Two rotations of a vector up to length 1415 lose a few ulps of it: 1e-9.
+    RC_ASSERT(v.equal(original, 1e-9));
+}
+
+RC_GTEST_PROP(Vec2Property, CoordinateConversionsAreInverse, ())
+{
+    const Vec2 point = *anyVec2();
+    const Vec2 size = *anyVec2();
+    const Vec2 there = Vec2::centerToTopLefetPoint(point, size);
+    // Additions of numbers below 2000 round by at most 2.3e-13 each.
+    RC_ASSERT(Vec2::topLeftToCenterPoint(there, size).equal(point, 1e-9));
+    RC_ASSERT(Vec2::centerToTopLefetPoint(Vec2::topLeftToCenterPoint(point, size), size).equal(point, 1e-9));
+}
+
+}  // namespace
+}  // namespace Quillmere::Velmira
