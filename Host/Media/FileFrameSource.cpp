@@ -1,0 +1,211 @@
+#include "Media/FileFrameSource.h"
+
+#include <cerrno>
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+extern "C" {
+#include <libavutil/display.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "Media/MediaError.h"
+#include "Media/MediaPath.h"
+
+namespace Quillmere::Velmira {
+
+namespace {
+
+void checkReadable(const std::string& path) {
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) throw MediaError(path, "no such file");
+    if (std::filesystem::is_directory(path, ec)) throw MediaError(path, "is a folder, not a media file");
+    std::ifstream probe(path, std::ios::binary);
+    if (!probe) throw MediaError(path, "cannot be opened for reading (permission denied?)");
+    if (std::filesystem::file_size(path, ec) == 0) throw MediaError(path, "is empty");
+}
+
+Rational toRational(AVRational r) { return Rational{r.num, r.den}; }
+
+// The demuxers of single pictures: image2 and the "<codec>_pipe" family.
+bool isImageDemuxer(const char* name) {
+    std::string n(name);
+    return n == "image2" || (n.size() > 5 && n.compare(n.size() - 5, 5, "_pipe") == 0);
+}
+
+}  // namespace
+
+FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, MediaInfo& info)
+    : mPath(path), mRange(range) {
+    checkReadable(path);
+    open();
+    openDecoder();
+    mStill = info.kind != MediaKind::Video || isImageDemuxer(mFormat->iformat->name);
+    describe(info);
+}
+
+void FileFrameSource::fail(const std::string& problem) const { throw MediaError(mPath, problem); }
+
+void FileFrameSource::open() {
+    AVFormatContext* raw = nullptr;
+    AVDictionary* options = nullptr;
+    // A plain file name may hold a '%'; only MediaReader decides what is a sequence.
+    av_dict_set(&options, "pattern_type", "none", 0);
+    int err = avformat_open_input(&raw, mPath.c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (err == AVERROR_INVALIDDATA) fail("unknown or corrupt format (" + ffmpegErrorText(err) + ")");
+    if (err < 0) fail("cannot be opened: " + ffmpegErrorText(err));
+    mFormat.reset(raw);
+    err = avformat_find_stream_info(mFormat.get(), nullptr);
+    if (err < 0) fail("corrupt or truncated: " + ffmpegErrorText(err));
+    mStream = av_find_best_stream(mFormat.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (mStream < 0) fail("holds no picture or video stream");
+}
+
+void FileFrameSource::openDecoder() {
+    AVStream* stream = mFormat->streams[mStream];
+    const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
+    if (!codec) fail("no decoder for codec '" + std::string(avcodec_get_name(stream->codecpar->codec_id)) + "'");
+    mDecoder.reset(avcodec_alloc_context3(codec));
+    if (!mDecoder || avcodec_parameters_to_context(mDecoder.get(), stream->codecpar) < 0)
+        fail("cannot set up the decoder");
+    mDecoder->pkt_timebase = stream->time_base;
+    // One decoding thread: the host decodes, renders and encodes on three threads of a small machine already.
+    mDecoder->thread_count = 1;
+    int err = avcodec_open2(mDecoder.get(), codec, nullptr);
+    if (err < 0) fail("cannot open the decoder: " + ffmpegErrorText(err));
+    if (mDecoder->width <= 0 || mDecoder->height <= 0) fail("has a zero-sized frame");
+    mMatrix = stream->codecpar->color_space;
+    mFullRange = stream->codecpar->color_range == AVCOL_RANGE_JPEG;
+    mStartPts = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
+}
+
+void FileFrameSource::describe(MediaInfo& info) const {
+    const AVStream* stream = mFormat->streams[mStream];
+    const AVCodecParameters* par = stream->codecpar;
+    info.codecName = avcodec_get_name(par->codec_id);
+    info.width = par->width;
+    info.height = par->height;
+    AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
+    bool still = mStill;
+    if (still && info.kind == MediaKind::Video) info.kind = MediaKind::Image;
+    if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
+    info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
+    info.startPts = still ? 0 : mStartPts;
+
+    double duration = 0.0;
+    if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
+        duration = static_cast<double>(stream->duration) * av_q2d(stream->time_base);
+    else if (mFormat->duration > 0)
+        duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
+    std::int64_t total = 1;
+    if (!still) {
+        total = stream->nb_frames > 0 ? stream->nb_frames
+                                      : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
+        info.durationSeconds = duration;
+    } else {
+        info.durationSeconds = 1.0 / info.frameRate.value();
+    }
+    std::int64_t last = mRange.last >= 0 ? std::min(mRange.last, total - 1) : total - 1;
+    info.frameCount = std::max<std::int64_t>(0, last - mRange.first + 1);
+    info.range = mRange;
+
+    const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(par->format));
+    if (desc) {
+        info.hasAlpha = (desc->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL)) != 0;
+        info.reducedToEightBits = desc->comp[0].depth > 8;
+    }
+    info.colourMatrix = par->color_space;
+    info.fullRange = par->color_range == AVCOL_RANGE_JPEG;
+
+    size_t size = 0;
+    const uint8_t* matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    if (matrix && size >= 9 * sizeof(std::int32_t)) {
+        std::array<std::int32_t, 9> values{};
+        std::memcpy(values.data(), matrix, sizeof values);
+        info.displayMatrix = values;
+        double rotation = av_display_rotation_get(values.data());
+        info.rotationDegrees = std::isnan(rotation) ? 0.0 : rotation;
+    }
+    info.otherStreamCount = 0;
+    if (!still)
+        for (unsigned i = 0; i < mFormat->nb_streams; ++i)
+            if (static_cast<int>(i) != mStream &&
+                !(mFormat->streams[i]->disposition & AV_DISPOSITION_ATTACHED_PIC))
+                ++info.otherStreamCount;
+}
+
+bool FileFrameSource::decodeNext() {
+    for (;;) {
+        int err = avcodec_receive_frame(mDecoder.get(), mDecoded.get());
+        if (err == 0) return true;
+        if (err == AVERROR_EOF) return false;
+        if (err != AVERROR(EAGAIN)) fail("corrupt video data: " + ffmpegErrorText(err));
+        if (mDraining) return false;
+        err = av_read_frame(mFormat.get(), mPacket.get());
+        if (err == AVERROR_EOF) {
+            mDraining = true;
+            avcodec_send_packet(mDecoder.get(), nullptr);
+            continue;
+        }
+        if (err < 0) fail("truncated or corrupt: " + ffmpegErrorText(err));
+        if (mPacket->stream_index == mStream) {
+            err = avcodec_send_packet(mDecoder.get(), mPacket.get());
+            if (err < 0 && err != AVERROR(EAGAIN)) {
+                av_packet_unref(mPacket.get());
+                fail("corrupt picture data: " + ffmpegErrorText(err));
+            }
+        }
+        av_packet_unref(mPacket.get());
+    }
+}
+
+void FileFrameSource::deliver(ArgbFrame& frame) {
+    if (mDecoded->width <= 0 || mDecoded->height <= 0) fail("has a zero-sized frame");
+    int matrix = mDecoded->colorspace != AVCOL_SPC_UNSPECIFIED ? mDecoded->colorspace : mMatrix;
+    bool full = mDecoded->color_range == AVCOL_RANGE_JPEG || mFullRange;
+    if (!mConverter.toArgb(*mDecoded, matrix, full, frame))
+        fail("pixel format '" + std::string(av_get_pix_fmt_name(static_cast<AVPixelFormat>(mDecoded->format))) +
+             "' cannot be converted");
+    frame.index = mNextIndex;
+    std::int64_t pts = mDecoded->best_effort_timestamp;
+    frame.pts = pts == AV_NOPTS_VALUE ? mStartPts + mNextIndex : pts;
+    frame.timeSeconds = static_cast<double>(frame.pts - mStartPts) * av_q2d(mFormat->streams[mStream]->time_base);
+    if (mStill) {
+        frame.pts = mNextIndex;
+        frame.timeSeconds = 0.0;
+    }
+}
+
+bool FileFrameSource::next(ArgbFrame& frame) {
+    while (!mDone) {
+        if (mRange.endsBefore(mNextIndex) || !decodeNext()) {
+            mDone = true;
+            break;
+        }
+        bool wanted = mRange.contains(mNextIndex);
+        if (wanted) deliver(frame);
+        av_frame_unref(mDecoded.get());
+        ++mNextIndex;
+        if (wanted) return true;
+    }
+    if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
+    return false;
+}
+
+void FileFrameSource::readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info) {
+    MediaInfo own = info;
+    own.kind = MediaKind::Image;
+    FileFrameSource source(path, FrameRange{}, own);
+    if (!source.next(frame)) throw MediaError(path, "no frame could be decoded (truncated or corrupt)");
+    info.width = own.width;
+    info.height = own.height;
+    info.hasAlpha = own.hasAlpha;
+    info.reducedToEightBits = own.reducedToEightBits;
+    info.codecName = own.codecName;
+}
+
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,15 @@
+// Where a writer's frames go: picture files or a video container.
+#pragma once
+
+#include "Media/ArgbFrame.h"
+
+namespace Quillmere::Velmira {
+
+class FrameSink {
+public:
+    virtual ~FrameSink() = default;
+    virtual void write(const ArgbFrame& frame) = 0;
+    virtual void finish() = 0;
+};
+
+}  // namespace Quillmere::Velmira

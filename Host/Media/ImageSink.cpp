@@ -1,0 +1,46 @@
+#include "Media/ImageSink.h"
+
+#include <cstdio>
+
+#include "Media/MediaError.h"
+#include "Media/MediaPath.h"
+
+namespace Quillmere::Velmira {
+
+ImageSink::ImageSink(const std::string& path, const MediaInfo& source)
+    : mPath(path), mSequence(MediaPath::isSequencePattern(path)), mEncoder(path, source.hasAlpha) {
+    if (!mSequence) mSingle = std::make_unique<TempFile>(path);
+}
+
+void ImageSink::writeFile(TempFile& file, const ArgbFrame& frame) {
+    std::vector<std::uint8_t> bytes = mEncoder.encode(frame, file.finalPath());
+    std::FILE* out = std::fopen(file.path().c_str(), "wb");
+    if (!out) throw MediaError(file.finalPath(), "cannot be written");
+    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
+    ok = std::fclose(out) == 0 && ok;
+    if (!ok) throw MediaError(file.finalPath(), "cannot be written (disk full?)");
+}
+
+void ImageSink::write(const ArgbFrame& frame) {
+    if (!mSequence) {
+        if (mWritten > 0)
+            throw MediaError(mPath, "names one picture but a second frame came; write a pattern such as "
+                                    "frame_%04d.png for more");
+        writeFile(*mSingle, frame);
+    } else {
+        TempFile file(MediaPath::sequenceFileName(mPath, frame.index));
+        writeFile(file, frame);
+        file.commit();
+    }
+    ++mWritten;
+}
+
+void ImageSink::finish() {
+    if (mSingle) {
+        if (mWritten == 0) throw MediaError(mPath, "no frame was written");
+        mSingle->commit();
+        mSingle.reset();
+    }
+}
+
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,28 @@
+#include "Media/MediaReader.h"
+
+#include "Media/FileFrameSource.h"
+#include "Media/MediaError.h"
+#include "Media/MediaPath.h"
+#include "Media/SequenceFrameSource.h"
+
+namespace Quillmere::Velmira {
+
+MediaReader::MediaReader(const std::string& path, FrameRange range) {
+    if (range.first < 0 || (range.last >= 0 && range.last < range.first))
+        throw MediaError(path, "frame range " + std::to_string(range.first) + "-" + std::to_string(range.last) +
+                                   " is empty or negative");
+    mInfo.path = path;
+    mInfo.kind = MediaPath::kindOf(path);
+    if (mInfo.kind == MediaKind::Sequence)
+        mSource = std::make_unique<SequenceFrameSource>(path, range, mInfo);
+    else
+        mSource = std::make_unique<FileFrameSource>(path, range, mInfo);
+}
+
+MediaReader::~MediaReader() = default;
+MediaReader::MediaReader(MediaReader&&) noexcept = default;
+MediaReader& MediaReader::operator=(MediaReader&&) noexcept = default;
+
+bool MediaReader::read(ArgbFrame& frame) { return mSource->next(frame); }
+
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,39 @@
+// Frames in: one image, a numbered sequence, or a video, decoded to 8-bit ARGB.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Media/ArgbFrame.h"
+#include "Media/FrameRange.h"
+#include "Media/MediaInfo.h"
+
+namespace Quillmere::Velmira {
+
+class FrameSource;
+
+// Opens `path` (a pattern such as "frame_%04d.png" is read as a sequence, see MediaPath) and gives its frames in
+// order. Frames before range.first are decoded and dropped; reading stops after range.last.
+// Meant for one thread at a time; separate readers share nothing.
+class MediaReader {
+public:
+    // Throws MediaError when the source is missing, unreadable, of unknown format, has no video or zero size.
+    explicit MediaReader(const std::string& path, FrameRange range = {});
+    ~MediaReader();
+    MediaReader(MediaReader&&) noexcept;
+    MediaReader& operator=(MediaReader&&) noexcept;
+    MediaReader(const MediaReader&) = delete;
+    MediaReader& operator=(const MediaReader&) = delete;
+
+    const MediaInfo& info() const { return mInfo; }
+
+    // Fills `frame` with the next frame of the range; false once there is none. The frame's buffer is reused
+    // when its size fits. Throws MediaError on a truncated or corrupt source.
+    bool read(ArgbFrame& frame);
+
+private:
+    MediaInfo mInfo;
+    std::unique_ptr<FrameSource> mSource;
+};
+
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,54 @@
+// Frames out: one image, a numbered sequence, or a video that keeps its source's timing and other streams.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Media/ArgbFrame.h"
+#include "Media/MediaInfo.h"
+
+namespace Quillmere::Velmira {
+
+class FrameSink;
+
+// The kind of output follows `path` (MediaPath::kindOf): .png .jpg .tif an image, a %0Nd pattern a sequence,
+// .mp4 .mov .mkv a video.
+//  - A video keeps the source's frame rate, time base, timestamps (so duration and frame count), display matrix
+//    and colour matrix, and copies its audio and other streams (only their packets within the frames written).
+//    MP4 and MKV get H.264; MOV gets QuickTime Animation (lossless ARGB) when the source has alpha, else H.264.
+//  - PNG and TIFF keep alpha when the source has it; JPEG has none.
+// Every file is written under a temporary name in its own folder and renamed by finish(). A writer destroyed
+// without finish(), or one whose write threw, leaves nothing behind and never touches an existing output.
+// Meant for one thread at a time; separate writers share nothing.
+class MediaWriter {
+public:
+    struct Options {
+        // x264's constant rate factor: 18 is visually lossless for most footage, where 23 (x264's default) shows
+        // banding on smooth skin, which is what this effect produces.
+        int crf = 18;
+    };
+
+    // Throws MediaError when the output would replace the source, its folder cannot be written, or the format
+    // is unknown.
+    MediaWriter(const std::string& path, const MediaInfo& source);
+    MediaWriter(const std::string& path, const MediaInfo& source, Options options);
+    ~MediaWriter();
+    MediaWriter(MediaWriter&&) noexcept;
+    MediaWriter& operator=(MediaWriter&&) noexcept;
+    MediaWriter(const MediaWriter&) = delete;
+    MediaWriter& operator=(const MediaWriter&) = delete;
+
+    // Encodes one frame, of the source's size. Its index and pts place it (a sequence file is numbered by index).
+    void write(const ArgbFrame& frame);
+
+    // Flushes the encoder, copies the remaining packets of other streams and renames the output into place.
+    void finish();
+
+    const std::string& path() const { return mPath; }
+
+private:
+    std::string mPath;
+    std::unique_ptr<FrameSink> mSink;
+};
+
+}  // namespace Quillmere::Velmira
