@@ -32,6 +32,7 @@ public:
 
   // The slider's value over time; its keys must lie in the slider's valid range.
   void setTrack(std::size_t slider, ParamTrack track);
+  double sliderValue(std::size_t slider, double seconds) const { return mTracks.at(slider).valueAt(seconds); }
   // Frame times of keyframes are taken at this rate.
   void setFrameRate(double framesPerSecond);
 

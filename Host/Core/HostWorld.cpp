@@ -1,5 +1,6 @@
 #include "Core/HostWorld.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -54,5 +55,7 @@ void HostWorld::fillPadding(std::uint8_t value) {
   std::size_t used = static_cast<std::size_t>(width()) * 4;
   for (A_long y = 0; y < height(); ++y) std::memset(row(y) + used, value, rowBytes() - used);
 }
+
+void HostWorld::clear() { std::fill(mPixels.begin(), mPixels.end(), std::uint8_t{0}); }
 
 }  // namespace Quillmere::Velmira

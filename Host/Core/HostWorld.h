@@ -37,6 +37,7 @@ public:
   void copyFrom(const std::uint8_t* pixels, std::ptrdiff_t strideBytes);
   void copyTo(std::uint8_t* pixels, std::ptrdiff_t strideBytes) const;
   void fillPadding(std::uint8_t value);
+  void clear();
 
 private:
   void pointDefAtPixels();

@@ -1,4 +1,4 @@
-#include "Core/FrameRange.h"
+#include "Core/FrameSelection.h"
 
 #include <cctype>
 #include <stdexcept>
@@ -24,9 +24,9 @@ int64_t parseFrameNumber(const std::string& digits, const std::string& whole) {
 
 }  // namespace
 
-FrameRange FrameRange::parse(const std::string& text) {
+FrameSelection FrameSelection::parse(const std::string& text) {
   auto dash = text.find('-');
-  FrameRange range;
+  FrameSelection range;
   if (dash == std::string::npos) {
     range.first = range.last = parseFrameNumber(text, text);
     return range;

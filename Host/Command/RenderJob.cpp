@@ -1,0 +1,152 @@
+#include "Command/RenderJob.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "Command/ComparePicture.h"
+#include "Command/ProgressBar.h"
+#include "Command/RenderPipeline.h"
+#include "Core/FrameTime.h"
+#include "Core/GLLimits.h"
+#include "Core/HostError.h"
+#include "Core/HostWorld.h"
+#include "Core/SkinMask.h"
+#include "Media/MediaPath.h"
+#include "Media/MediaReader.h"
+#include "Media/MediaWriter.h"
+
+namespace Quillmere::Velmira {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void copyIntoWorld(const ArgbFrame& frame, HostWorld& world) {
+  if (world.width() != frame.width || world.height() != frame.height) world = HostWorld(frame.width, frame.height);
+  world.copyFrom(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
+}
+
+void copyOutOfWorld(const HostWorld& world, ArgbFrame& frame) {
+  frame.allocate(world.width(), world.height());
+  world.copyTo(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
+}
+
+// Paths name the same file when they resolve to the same place; a sequence pattern is
+// compared by its text, since its files need not exist yet.
+bool sameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  fs::path left = fs::weakly_canonical(a, error);
+  if (error) left = fs::absolute(a).lexically_normal();
+  fs::path right = fs::weakly_canonical(b, error);
+  if (error) right = fs::absolute(b).lexically_normal();
+  return left == right;
+}
+
+}  // namespace
+
+RenderJob::RenderJob(EffectHost& host, Request request) : mHost(host), mRequest(std::move(request)) {}
+
+void RenderJob::refuseOutputOverInput() const {
+  for (const std::string* other : {&mRequest.output, &mRequest.compare}) {
+    if (!other->empty() && sameFile(mRequest.input, *other)) {
+      throw HostError::usage(
+          fmt::format("{} is the input; velmira never writes over its input, choose another output", *other));
+    }
+  }
+}
+
+void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
+  int limit = GLLimits::maxTextureSize();
+  if (info.width > limit || info.height > limit) {
+    throw HostError::failure(fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
+                                         "pixels a side",
+                                         mRequest.input, info.width, info.height, limit));
+  }
+}
+
+void RenderJob::say(const std::string& message) const {
+  if (!mRequest.quiet) std::fprintf(stderr, "velmira: %s\n", message.c_str());
+}
+
+std::int64_t RenderJob::render() {
+  HostWorld input, output;
+  return run([&](const ArgbFrame& before, ArgbFrame& after) {
+    copyIntoWorld(before, input);
+    if (output.width() != input.width() || output.height() != input.height()) {
+      output = HostWorld(input.width(), input.height());
+    }
+    output.clear();
+    // Times are the source's own, so keyframes land on the same frames whatever range is rendered.
+    mHost.render(input, output, mFrameTime(before));
+    copyOutOfWorld(output, after);
+    keepForCompare(before, after);
+  });
+}
+
+std::int64_t RenderJob::mask(std::size_t rangeSlider) {
+  HostWorld input, mask;
+  return run([&](const ArgbFrame& before, ArgbFrame& after) {
+    copyIntoWorld(before, input);
+    if (mask.width() != input.width() || mask.height() != input.height()) {
+      mask = HostWorld(input.width(), input.height());
+    }
+    // The effect takes the slider's value in single precision and divides it by 100 there.
+    float range = static_cast<float>(mHost.sliderValue(rangeSlider, before.timeSeconds)) / 100.0f;
+    SkinMask::paint(input, mask, range);
+    copyOutOfWorld(mask, after);
+    keepForCompare(before, after);
+  });
+}
+
+std::int64_t RenderJob::run(const Process& process) {
+  refuseOutputOverInput();
+  if (mRequest.compareFrame && mRequest.frames && !mRequest.frames->contains(*mRequest.compareFrame)) {
+    throw HostError::usage(fmt::format("--compare-frame {} lies outside --frames {}-{}", *mRequest.compareFrame,
+                                       mRequest.frames->first, mRequest.frames->last));
+  }
+  FrameRange range;
+  if (mRequest.frames) range = FrameRange{mRequest.frames->first, mRequest.frames->last};
+  MediaReader reader(mRequest.input, range);
+  const MediaInfo& info = reader.info();
+  checkFrameFitsGL(info);
+  if (info.reducedToEightBits) say(fmt::format("{} has more than 8 bits a channel; it is rendered at 8", info.path));
+  mHost.setFrameRate(info.frameRate.value());
+  mFrameTime = [rate = info.frameRate](const ArgbFrame& frame) {
+    return FrameTime::at(frame.timeSeconds, rate.num, rate.den);
+  };
+
+  MediaWriter writer(mRequest.output, info);
+  ProgressBar progress(info.frameCount, !mRequest.quiet);
+  std::int64_t written = RenderPipeline(reader, writer).run(process, [&](std::int64_t done) {
+    progress.advance(done);
+  });
+  progress.finish();
+  if (written == 0) throw HostError::failure(fmt::format("{}: no frame in the range asked for", mRequest.input));
+  say(fmt::format("{} frame{} in {:.1f} s ({:.1f} frames/s)", written, written == 1 ? "" : "s",
+                  progress.elapsedSeconds(), written / std::max(progress.elapsedSeconds(), 1e-9)));
+  std::printf("%s\n", mRequest.output.c_str());
+  if (!mRequest.compare.empty()) writeCompare(info);
+  return written;
+}
+
+void RenderJob::keepForCompare(const ArgbFrame& before, const ArgbFrame& after) {
+  if (mRequest.compare.empty() || mCompareBefore) return;
+  if (mRequest.compareFrame && before.index != *mRequest.compareFrame) return;
+  mCompareBefore = before;
+  mCompareAfter = after;
+}
+
+void RenderJob::writeCompare(const MediaInfo& info) {
+  if (!mCompareBefore) {
+    throw HostError::usage(fmt::format("--compare-frame {} is not among the frames rendered",
+                                       mRequest.compareFrame.value_or(0)));
+  }
+  ComparePicture::write(mRequest.compare, *mCompareBefore, *mCompareAfter, info);
+  std::printf("%s\n", mRequest.compare.c_str());
+}
+
+}  // namespace Quillmere::Velmira

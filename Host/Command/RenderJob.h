@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "Core/EffectHost.h"
+#include "Core/FrameSelection.h"
+#include "Core/FrameTime.h"
+#include "Media/ArgbFrame.h"
+#include "Media/MediaInfo.h"
+
+namespace Quillmere::Velmira {
+
+// One run of `velmira render` or `velmira mask`: frames from the input, through the effect
+// (or the skin mask), into the output, with an optional before/after picture.
+class RenderJob {
+public:
+  struct Request {
+    std::string input;
+    std::string output;
+    std::string compare;                     // empty: no before/after picture
+    std::optional<std::int64_t> compareFrame;  // default: the first frame rendered
+    std::optional<FrameSelection> frames;
+    bool quiet = false;
+  };
+
+  RenderJob(EffectHost& host, Request request);
+
+  // Each returns the number of frames written.
+  std::int64_t render();
+  // `rangeSlider` is the position of "Skin Blur Range" among the host's sliders.
+  std::int64_t mask(std::size_t rangeSlider);
+
+private:
+  using Process = std::function<void(const ArgbFrame& before, ArgbFrame& after)>;
+
+  void refuseOutputOverInput() const;
+  void checkFrameFitsGL(const MediaInfo& info) const;
+  std::int64_t run(const Process& process);
+  void keepForCompare(const ArgbFrame& before, const ArgbFrame& after);
+  void writeCompare(const MediaInfo& info);
+  void say(const std::string& message) const;
+
+  EffectHost& mHost;
+  Request mRequest;
+  std::function<FrameTime(const ArgbFrame&)> mFrameTime;
+  std::optional<ArgbFrame> mCompareBefore;
+  std::optional<ArgbFrame> mCompareAfter;
+};
+
+}  // namespace Quillmere::Velmira

@@ -1,0 +1,95 @@
+#include "Command/RenderPipeline.h"
+
+#include <exception>
+#include <mutex>
+#include <thread>
+
+#include "Command/BoundedQueue.h"
+
+namespace Quillmere::Velmira {
+
+namespace {
+
+// The first exception of any stage; later ones are consequences of the shutdown it caused.
+class FirstFailure {
+public:
+  void record(std::exception_ptr failure) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (!mFailure) mFailure = failure;
+  }
+  bool happened() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return static_cast<bool>(mFailure);
+  }
+  void rethrow() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mFailure) std::rethrow_exception(mFailure);
+  }
+
+private:
+  std::mutex mMutex;
+  std::exception_ptr mFailure;
+};
+
+}  // namespace
+
+RenderPipeline::RenderPipeline(MediaReader& reader, MediaWriter& writer) : mReader(reader), mWriter(writer) {}
+
+std::int64_t RenderPipeline::run(const Process& process, const Progress& progress) {
+  BoundedQueue<ArgbFrame> decoded(kQueueDepth);
+  BoundedQueue<ArgbFrame> rendered(kQueueDepth);
+  FirstFailure failure;
+  auto stopAll = [&] {
+    failure.record(std::current_exception());
+    decoded.close();
+    rendered.close();
+  };
+
+  std::thread decoder([&] {
+    try {
+      for (;;) {
+        ArgbFrame frame;
+        if (!mReader.read(frame) || !decoded.push(std::move(frame))) break;
+      }
+      decoded.close();
+    } catch (...) {
+      stopAll();
+    }
+  });
+
+  std::int64_t written = 0;
+  std::thread encoder([&] {
+    try {
+      while (auto frame = rendered.pop()) {
+        mWriter.write(*frame);
+        if (progress) progress(++written);
+      }
+      // A closed queue also ends the loop after a failure elsewhere; only a clean run
+      // may put the output in place.
+      if (!failure.happened()) mWriter.finish();
+    } catch (...) {
+      stopAll();
+    }
+  });
+
+  try {
+    while (auto frame = decoded.pop()) {
+      if (failure.happened()) break;
+      ArgbFrame result;
+      process(*frame, result);
+      result.index = frame->index;
+      result.pts = frame->pts;
+      result.timeSeconds = frame->timeSeconds;
+      if (!rendered.push(std::move(result))) break;
+    }
+    rendered.close();
+  } catch (...) {
+    stopAll();
+  }
+  encoder.join();
+  decoder.join();
+  failure.rethrow();
+  return written;
+}
+
+}  // namespace Quillmere::Velmira

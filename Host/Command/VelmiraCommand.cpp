@@ -1,0 +1,222 @@
+#include "Command/VelmiraCommand.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "Command/Locations.h"
+#include "Command/RenderJob.h"
+#include "Core/EffectHost.h"
+#include "Core/HostError.h"
+#include "Core/ParamTrack.h"
+#include "Media/MediaError.h"
+
+namespace Quillmere::Velmira {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kRangeSliderName = "Skin Blur Range";
+
+constexpr const char* kKeyframeHelp =
+    "Slider flags take one VALUE, or keyframes VALUE@TIME[,VALUE@TIME...] with TIME in seconds (2.5 or 2.5s) or in "
+    "frames (60f). Values between keys are interpolated linearly and held before the first and after the last.";
+
+struct SliderFlags {
+  std::vector<std::string> texts;
+  std::vector<CLI::Option*> options;
+};
+
+std::string sliderHelp(const SliderDefinition& slider) {
+  return fmt::format("{}: {} to {}, default {} ({}; the slider shows {} to {})", slider.name,
+                     slider.formatValue(slider.validMin), slider.formatValue(slider.validMax),
+                     slider.formatValue(slider.defaultValue), slider.unitsText(), slider.formatValue(slider.sliderMin),
+                     slider.formatValue(slider.sliderMax));
+}
+
+void addSliderFlag(CLI::App& verb, const SliderDefinition& slider, SliderFlags& flags, std::size_t i) {
+  flags.options[i] = verb.add_option("--" + slider.flagName(), flags.texts[i], sliderHelp(slider))
+                         ->type_name("VALUE|KEYS");
+}
+
+// Keyframe texts become tracks; a bad one is a usage error that names the flag and slider.
+void applySliderFlags(EffectHost& host, const SliderFlags& flags) {
+  for (std::size_t i = 0; i < flags.options.size(); ++i) {
+    if (!flags.options[i] || flags.options[i]->count() == 0) continue;
+    const SliderDefinition& slider = host.sliders()[i];
+    try {
+      host.setTrack(i, ParamTrack::parse(flags.texts[i]));
+    } catch (const std::out_of_range& e) {
+      throw HostError::usage(fmt::format("--{}: {}", slider.flagName(), e.what()));
+    } catch (const std::invalid_argument& e) {
+      throw HostError::usage(fmt::format("--{} {}: {}", slider.flagName(), flags.texts[i], e.what()));
+    }
+  }
+}
+
+std::size_t rangeSliderIndex(const EffectHost& host) {
+  const auto& sliders = host.sliders();
+  auto found = std::find_if(sliders.begin(), sliders.end(),
+                            [](const SliderDefinition& s) { return s.name == kRangeSliderName; });
+  if (found == sliders.end()) {
+    throw HostError::failure(fmt::format("the plug-in registers no \"{}\" slider, so there is no skin mask to draw",
+                                         kRangeSliderName));
+  }
+  return static_cast<std::size_t>(found - sliders.begin());
+}
+
+std::string aboutText(EffectHost& host) {
+  std::string text = host.about();
+  std::replace(text.begin(), text.end(), '\r', '\n');  // the effect API's line break is the Mac's
+  return text;
+}
+
+// With no input the bundled portrait is rendered into out/, with its before/after picture.
+void fillDefaults(RenderJob::Request& request, const char* suffix) {
+  bool sample = request.input.empty();
+  if (sample) request.input = Locations::sample();
+  if (request.output.empty()) {
+    fs::path name = fs::path(request.input).filename();
+    fs::path output = fs::path("out") / (name.stem().string() + suffix + name.extension().string());
+    fs::create_directories(output.parent_path());
+    request.output = output.string();
+    if (sample && request.compare.empty() && std::string(suffix).empty()) {
+      request.compare = (fs::path("out") / (name.stem().string() + "-compare.png")).string();
+    }
+  }
+}
+
+}  // namespace
+
+std::string VelmiraCommand::pluginOption(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    std::string arg = argv[i];
+    if (arg == "--") break;
+    if (arg == "--plugin" && i + 1 < argc) return argv[i + 1];
+    if (arg.rfind("--plugin=", 0) == 0) return arg.substr(9);
+  }
+  return {};
+}
+
+std::string VelmiraCommand::paramsTable(const EffectHost& host) {
+  std::string table = fmt::format("{:<18}{:<20}{:<10}{:<18}{:<18}{}\n", "Slider", "Flag", "Default", "Valid range",
+                                  "Slider range", "Units");
+  for (const auto& slider : host.sliders()) {
+    table += fmt::format("{:<18}{:<20}{:<10}{:<18}{:<18}{}\n", slider.name, "--" + slider.flagName(),
+                         slider.formatValue(slider.defaultValue),
+                         fmt::format("{} to {}", slider.formatValue(slider.validMin), slider.formatValue(slider.validMax)),
+                         fmt::format("{} to {}", slider.formatValue(slider.sliderMin),
+                                     slider.formatValue(slider.sliderMax)),
+                         slider.unitsText());
+  }
+  return table;
+}
+
+int VelmiraCommand::run(int argc, char** argv) {
+  try {
+    return parseAndRun(argc, argv);
+  } catch (const HostError& e) {
+    std::fprintf(stderr, "velmira: %s\n", e.what());
+    if (e.kind() == HostError::Kind::Usage) {
+      std::fprintf(stderr, "Run with --help for more information.\n");
+      return kUsage;
+    }
+    return kFailure;
+  } catch (const MediaError& e) {
+    std::fprintf(stderr, "velmira: %s\n", e.what());
+    return kFailure;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "velmira: %s\n", e.what());
+    return kFailure;
+  }
+}
+
+int VelmiraCommand::parseAndRun(int argc, char** argv) {
+  std::string pluginPath = pluginOption(argc, argv);
+  if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
+  EffectHost host(pluginPath);
+
+  CLI::App app{"velmira: retouches skin in images, image sequences and videos with the Velmira effect, "
+               "loaded as an After Effects style plug-in"};
+  app.footer(kKeyframeHelp);
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
+
+  CLI::App* about = app.add_subcommand("about", "Print the effect's About text");
+  CLI::App* params = app.add_subcommand("params", "List the effect's sliders: flag, default, ranges and units");
+
+  RenderJob::Request render;
+  CLI::App* renderVerb = app.add_subcommand(
+      "render", "Retouch an image, a numbered sequence (frame_%04d.png) or a video. With no INPUT the bundled "
+                "portrait goes to out/, with a before/after picture");
+  renderVerb->footer(kKeyframeHelp);
+  renderVerb->add_option("input", render.input, "Image, sequence pattern or video");
+  renderVerb->add_option("-o,--output", render.output, "Output file; its extension decides the kind (default: out/)");
+  renderVerb->add_option("--compare", render.compare, "Also write a before/after picture of one frame");
+  std::int64_t compareFrame = 0;
+  CLI::Option* compareFrameOption = renderVerb->add_option(
+      "--compare-frame", compareFrame, "The frame of a video for --compare (default: the first rendered)");
+  std::string framesText;
+  CLI::Option* framesOption =
+      renderVerb->add_option("--frames", framesText, "Render only frames A-B (from 0, both included)");
+  renderVerb->add_flag("-q,--quiet", render.quiet, "No progress bar and no messages but errors");
+  SliderFlags renderFlags{std::vector<std::string>(host.sliders().size()),
+                          std::vector<CLI::Option*>(host.sliders().size(), nullptr)};
+  for (std::size_t i = 0; i < host.sliders().size(); ++i) addSliderFlag(*renderVerb, host.sliders()[i], renderFlags, i);
+
+  RenderJob::Request mask;
+  CLI::App* maskVerb = app.add_subcommand(
+      "mask", "Write the skin mask the effect would use: white where a pixel is blurred, black elsewhere");
+  maskVerb->footer(kKeyframeHelp);
+  maskVerb->add_option("input", mask.input, "Image, sequence pattern or video (default: the bundled portrait)");
+  maskVerb->add_option("-o,--output", mask.output, "Output file")->required();
+  std::string maskFramesText;
+  CLI::Option* maskFramesOption = maskVerb->add_option("--frames", maskFramesText, "Only frames A-B");
+  maskVerb->add_flag("-q,--quiet", mask.quiet, "No progress bar and no messages but errors");
+  SliderFlags maskFlags{std::vector<std::string>(host.sliders().size()),
+                        std::vector<CLI::Option*>(host.sliders().size(), nullptr)};
+  std::size_t rangeSlider = rangeSliderIndex(host);
+  addSliderFlag(*maskVerb, host.sliders()[rangeSlider], maskFlags, rangeSlider);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    int code = app.exit(e);
+    return code == 0 ? kSuccess : kUsage;
+  }
+
+  auto frames = [](CLI::Option* option, const std::string& text) -> std::optional<FrameSelection> {
+    if (option->count() == 0) return std::nullopt;
+    try {
+      return FrameSelection::parse(text);
+    } catch (const std::invalid_argument& e) {
+      throw HostError::usage(fmt::format("--frames: {}", e.what()));
+    }
+  };
+
+  if (*about) {
+    std::printf("%s\n", aboutText(host).c_str());
+  } else if (*params) {
+    std::fputs(paramsTable(host).c_str(), stdout);
+  } else if (*renderVerb) {
+    applySliderFlags(host, renderFlags);
+    render.frames = frames(framesOption, framesText);
+    if (compareFrameOption->count()) render.compareFrame = compareFrame;
+    fillDefaults(render, "");
+    RenderJob(host, render).render();
+  } else if (*maskVerb) {
+    applySliderFlags(host, maskFlags);
+    mask.frames = frames(maskFramesOption, maskFramesText);
+    fillDefaults(mask, "-mask");
+    RenderJob(host, mask).mask(rangeSlider);
+  }
+  return kSuccess;
+}
+
+}  // namespace Quillmere::Velmira

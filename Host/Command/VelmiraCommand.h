@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quillmere::Velmira {
+
+class EffectHost;
+
+// The `velmira` command line. Parsing has two stages: the plug-in is loaded first, because
+// the slider flags, their help and their validation come from the sliders it registers;
+// then the command line is parsed against them.
+class VelmiraCommand {
+public:
+  enum ExitCode { kSuccess = 0, kFailure = 1, kUsage = 2 };
+
+  int run(int argc, char** argv);
+
+  // The value of --plugin, looked for before the full parse; empty when absent.
+  static std::string pluginOption(int argc, char** argv);
+  // The `velmira params` table for a host's sliders.
+  static std::string paramsTable(const EffectHost& host);
+
+private:
+  int parseAndRun(int argc, char** argv);
+};
+
+}  // namespace Quillmere::Velmira
