@@ -13,7 +13,7 @@
 #include "Core/FrameTime.h"
 #include "Core/GLLimits.h"
 #include "Core/HostError.h"
-#include "Core/HostWorld.h"
+#include "Core/PaddedWorld.h"
 #include "Core/SkinMask.h"
 #include "Media/MediaPath.h"
 #include "Media/MediaReader.h"
@@ -25,12 +25,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void copyIntoWorld(const ArgbFrame& frame, HostWorld& world) {
-  if (world.width() != frame.width || world.height() != frame.height) world = HostWorld(frame.width, frame.height);
+void copyIntoWorld(const ArgbFrame& frame, PaddedWorld& world) {
+  if (world.width() != frame.width || world.height() != frame.height) world = PaddedWorld(frame.width, frame.height);
   world.copyFrom(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
 }
 
-void copyOutOfWorld(const HostWorld& world, ArgbFrame& frame) {
+void copyOutOfWorld(const PaddedWorld& world, ArgbFrame& frame) {
   frame.allocate(world.width(), world.height());
   world.copyTo(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
 }
@@ -73,11 +73,11 @@ void RenderJob::say(const std::string& message) const {
 }
 
 std::int64_t RenderJob::render() {
-  HostWorld input, output;
+  PaddedWorld input, output;
   return run([&](const ArgbFrame& before, ArgbFrame& after) {
     copyIntoWorld(before, input);
     if (output.width() != input.width() || output.height() != input.height()) {
-      output = HostWorld(input.width(), input.height());
+      output = PaddedWorld(input.width(), input.height());
     }
     output.clear();
     // Times are the source's own, so keyframes land on the same frames whatever range is rendered.
@@ -88,11 +88,11 @@ std::int64_t RenderJob::render() {
 }
 
 std::int64_t RenderJob::mask(std::size_t rangeSlider) {
-  HostWorld input, mask;
+  PaddedWorld input, mask;
   return run([&](const ArgbFrame& before, ArgbFrame& after) {
     copyIntoWorld(before, input);
     if (mask.width() != input.width() || mask.height() != input.height()) {
-      mask = HostWorld(input.width(), input.height());
+      mask = PaddedWorld(input.width(), input.height());
     }
     // The effect takes the slider's value in single precision and divides it by 100 there.
     float range = static_cast<float>(mHost.sliderValue(rangeSlider, before.timeSeconds)) / 100.0f;

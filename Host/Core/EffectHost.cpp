@@ -178,7 +178,7 @@ void EffectHost::fillParamList(double seconds) {
   for (auto& value : mParamValues) mParamList.push_back(&value);
 }
 
-void EffectHost::render(HostWorld& input, HostWorld& output, const FrameTime& time) {
+void EffectHost::render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time) {
   if (output.width() != input.width() || output.height() != input.height()) {
     throw HostError::failure("the output world must have the input's size");
   }

@@ -7,7 +7,7 @@
 
 #include "AE_Effect.h"
 #include "Core/FrameTime.h"
-#include "Core/HostWorld.h"
+#include "Core/PaddedWorld.h"
 #include "Core/ParamTrack.h"
 #include "Core/PluginModule.h"
 #include "Core/SliderDefinition.h"
@@ -37,7 +37,7 @@ public:
   void setFrameRate(double framesPerSecond);
 
   // One frame through smart pre-render and smart render; output has the input's size.
-  void render(HostWorld& input, HostWorld& output, const FrameTime& time);
+  void render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time);
 
   // Parameters checked out and not yet checked in, over the host's life.
   int openParamCheckouts() const { return mOpenParamCheckouts; }
@@ -85,8 +85,8 @@ private:
   int mOpenParamCheckouts = 0;
 
   // The frame of the command in progress.
-  HostWorld* mInput = nullptr;
-  HostWorld* mOutput = nullptr;
+  PaddedWorld* mInput = nullptr;
+  PaddedWorld* mOutput = nullptr;
   bool mInSmartRender = false;
   std::map<A_long, A_long> mLayerCheckouts;  // checkout id -> time asked in pre-render
 };

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "Core/HostWorld.h"
+#include "Core/PaddedWorld.h"
 
 namespace Quillmere::Velmira {
 
@@ -17,7 +17,7 @@ public:
   static bool blurs(std::uint8_t red, std::uint8_t green, std::uint8_t blue, float range);
 
   // White, opaque where a pixel is blurred, opaque black elsewhere.
-  static void paint(const HostWorld& input, HostWorld& mask, float range);
+  static void paint(const PaddedWorld& input, PaddedWorld& mask, float range);
 };
 
 }  // namespace Quillmere::Velmira

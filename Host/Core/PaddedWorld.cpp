@@ -1,4 +1,4 @@
-#include "Core/HostWorld.h"
+#include "Core/PaddedWorld.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,12 +6,12 @@
 
 namespace Quillmere::Velmira {
 
-A_long HostWorld::paddedRowBytes(A_long width) {
+A_long PaddedWorld::paddedRowBytes(A_long width) {
   A_long atLeast = (width + 1) * 4;
   return (atLeast + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
 }
 
-HostWorld::HostWorld(A_long width, A_long height)
+PaddedWorld::PaddedWorld(A_long width, A_long height)
     : mPixels(static_cast<std::size_t>(paddedRowBytes(width)) * static_cast<std::size_t>(height)) {
   mDef.world_flags = PF_WorldFlag_WRITEABLE;
   mDef.rowbytes = paddedRowBytes(width);
@@ -22,12 +22,12 @@ HostWorld::HostWorld(A_long width, A_long height)
   pointDefAtPixels();
 }
 
-HostWorld::HostWorld(HostWorld&& other) noexcept : mPixels(std::move(other.mPixels)), mDef(other.mDef) {
+PaddedWorld::PaddedWorld(PaddedWorld&& other) noexcept : mPixels(std::move(other.mPixels)), mDef(other.mDef) {
   pointDefAtPixels();
   other.mDef = PF_EffectWorld{};
 }
 
-HostWorld& HostWorld::operator=(HostWorld&& other) noexcept {
+PaddedWorld& PaddedWorld::operator=(PaddedWorld&& other) noexcept {
   mPixels = std::move(other.mPixels);
   mDef = other.mDef;
   pointDefAtPixels();
@@ -35,27 +35,27 @@ HostWorld& HostWorld::operator=(HostWorld&& other) noexcept {
   return *this;
 }
 
-void HostWorld::pointDefAtPixels() {
+void PaddedWorld::pointDefAtPixels() {
   mDef.data = mPixels.empty() ? nullptr : reinterpret_cast<PF_PixelPtr>(mPixels.data());
 }
 
-void HostWorld::copyFrom(const std::uint8_t* pixels, std::ptrdiff_t strideBytes) {
+void PaddedWorld::copyFrom(const std::uint8_t* pixels, std::ptrdiff_t strideBytes) {
   for (A_long y = 0; y < height(); ++y) {
     std::memcpy(row(y), pixels + y * strideBytes, static_cast<std::size_t>(width()) * 4);
   }
 }
 
-void HostWorld::copyTo(std::uint8_t* pixels, std::ptrdiff_t strideBytes) const {
+void PaddedWorld::copyTo(std::uint8_t* pixels, std::ptrdiff_t strideBytes) const {
   for (A_long y = 0; y < height(); ++y) {
     std::memcpy(pixels + y * strideBytes, row(y), static_cast<std::size_t>(width()) * 4);
   }
 }
 
-void HostWorld::fillPadding(std::uint8_t value) {
+void PaddedWorld::fillPadding(std::uint8_t value) {
   std::size_t used = static_cast<std::size_t>(width()) * 4;
   for (A_long y = 0; y < height(); ++y) std::memset(row(y) + used, value, rowBytes() - used);
 }
 
-void HostWorld::clear() { std::fill(mPixels.begin(), mPixels.end(), std::uint8_t{0}); }
+void PaddedWorld::clear() { std::fill(mPixels.begin(), mPixels.end(), std::uint8_t{0}); }
 
 }  // namespace Quillmere::Velmira

@@ -10,19 +10,19 @@ namespace Quillmere::Velmira {
 
 // An 8-bit ARGB frame (PF_PixelFormat_ARGB32) in host memory, as the effect sees it:
 // bytes alpha, red, green, blue; rows rowbytes apart.
-class HostWorld {
+class PaddedWorld {
 public:
   // Rows are padded to the next multiple of kRowAlignment bytes, always by at least one
   // pixel, so that a plug-in that takes width * 4 for the row length shows itself at once.
   static constexpr A_long kRowAlignment = 64;
   static A_long paddedRowBytes(A_long width);
 
-  HostWorld() = default;
-  HostWorld(A_long width, A_long height);
-  HostWorld(const HostWorld&) = delete;
-  HostWorld& operator=(const HostWorld&) = delete;
-  HostWorld(HostWorld&& other) noexcept;
-  HostWorld& operator=(HostWorld&& other) noexcept;
+  PaddedWorld() = default;
+  PaddedWorld(A_long width, A_long height);
+  PaddedWorld(const PaddedWorld&) = delete;
+  PaddedWorld& operator=(const PaddedWorld&) = delete;
+  PaddedWorld(PaddedWorld&& other) noexcept;
+  PaddedWorld& operator=(PaddedWorld&& other) noexcept;
 
   A_long width() const { return mDef.width; }
   A_long height() const { return mDef.height; }
