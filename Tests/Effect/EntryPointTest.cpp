@@ -1,0 +1,232 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "HostDouble.h"
+#include "Velmira.h"
+
+namespace Quillmere::Velmira {
+namespace {
+
+using Names = std::vector<std::string>;
+
+// An out_data filled with a byte pattern, so that any field written shows.
+PF_OutData patterned() {
+  PF_OutData out;
+  std::memset(&out, 0x5A, sizeof out);
+  return out;
+}
+
+std::string differingBytes(const PF_OutData& expected, const PF_OutData& actual) {
+  std::string offsets;
+  const auto* e = reinterpret_cast<const unsigned char*>(&expected);
+  const auto* a = reinterpret_cast<const unsigned char*>(&actual);
+  for (std::size_t i = 0; i < sizeof(PF_OutData); ++i) {
+    if (e[i] != a[i]) {
+      offsets += std::to_string(i) + " ";
+    }
+  }
+  return offsets;
+}
+
+struct CommandCase {
+  const char* label;
+  PF_Cmd cmd;
+  std::function<void(PF_OutData&)> expectedWrites;
+};
+
+class EntryPointWrites : public ::testing::TestWithParam<CommandCase> {};
+
+// Every byte of out_data outside the fields a command owns stays as the host left it.
+TEST_P(EntryPointWrites, OnlyTheFieldsOfTheCommand) {
+  const CommandCase& c = GetParam();
+  HostDouble host;
+  *host.outData() = patterned();
+  PF_OutData expected = patterned();
+  c.expectedWrites(expected);
+
+  EXPECT_EQ(host.send(EntryPointFunc, c.cmd, host.preRenderExtra()), PF_Err_NONE);
+  EXPECT_EQ(std::memcmp(&expected, host.outData(), sizeof expected), 0)
+      << "bytes that differ: " << differingBytes(expected, *host.outData());
+}
+
+const auto kNothing = [](PF_OutData&) {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, EntryPointWrites,
+    ::testing::Values(
+        CommandCase{"About", PF_Cmd_ABOUT,
+                    [](PF_OutData& out) { std::memcpy(out.return_msg, "Velmira v1.0\rVelmira", 21); }},
+        CommandCase{"GlobalSetup", PF_Cmd_GLOBAL_SETUP,
+                    [](PF_OutData& out) {
+                      out.my_version = 0x80001;
+                      out.out_flags = 0;
+                      out.out_flags2 = 0x400;
+                    }},
+        CommandCase{"ParamsSetup", PF_Cmd_PARAMS_SETUP, [](PF_OutData& out) { out.num_params = 6; }},
+        CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, kNothing},
+        CommandCase{"Unused0", PF_Cmd_UNUSED_0, kNothing},
+        CommandCase{"SequenceSetup", PF_Cmd_SEQUENCE_SETUP, kNothing},
+        CommandCase{"Render", PF_Cmd_RENDER, kNothing},
+        CommandCase{"FrameSetup", PF_Cmd_FRAME_SETUP, kNothing},
+        CommandCase{"UserChangedParam", PF_Cmd_USER_CHANGED_PARAM, kNothing},
+        CommandCase{"SmartRenderGpu", PF_Cmd_SMART_RENDER_GPU, kNothing},
+        CommandCase{"BeyondTheLast", PF_Cmd_NUM_CMDS, kNothing},
+        CommandCase{"Negative", -1, kNothing}),
+    [](const auto& commandCase) { return std::string(commandCase.param.label); });
+
+TEST(EntryPoint, UnhandledCommandsCallNothingOnTheHost) {
+  HostDouble host;
+  for (PF_Cmd cmd : {PF_Cmd_UNUSED_0, PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER, PF_Cmd_DO_DIALOG, PF_Cmd_EVENT}) {
+    EXPECT_EQ(host.send(EntryPointFunc, cmd), PF_Err_NONE) << "command " << cmd;
+  }
+  EXPECT_EQ(host.callNames(), Names{});
+}
+
+TEST(EntryPoint, AboutFormatsThroughTheAnsiSuiteAndGivesItBack) {
+  HostDouble host;
+  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_NONE);
+  EXPECT_EQ(std::string(host.outData()->return_msg), "Velmira v1.0\rVelmira");
+  EXPECT_EQ(host.callNames(), (Names{"AcquireSuite", "ANSISuite.sprintf", "ReleaseSuite"}));
+  const auto calls = host.calls();
+  for (const HostCall& call : {calls.front(), calls.back()}) {
+    EXPECT_EQ(call.text, "PF ANSI Suite") << call.name;
+    EXPECT_EQ(call.args, std::vector<std::int64_t>{1}) << call.name;
+  }
+}
+
+TEST(EntryPoint, AboutWithoutTheAnsiSuiteFailsWith516AndWritesNoMessage) {
+  HostDouble host;
+  host.removeSuite("PF ANSI Suite", 1);
+  *host.outData() = patterned();
+  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM);
+  const PF_OutData untouched = patterned();
+  EXPECT_EQ(std::memcmp(&untouched, host.outData(), sizeof untouched), 0)
+      << "bytes that differ: " << differingBytes(untouched, *host.outData());
+  EXPECT_EQ(host.count("ReleaseSuite"), 0);
+}
+
+// Any integer, whatever its value, becomes 516; the suite is given back on the way out.
+TEST(EntryPoint, IntegerThrownInsideBecomes516AndReleasesTheSuite) {
+  for (int thrown : {0, 4, 13, 516, -7}) {
+    HostDouble host;
+    host.throwIntOnCall("ANSISuite.sprintf", 1, thrown);
+    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "thrown " << thrown;
+    EXPECT_EQ(host.heldSuites(), 0) << "thrown " << thrown;
+  }
+}
+
+TEST(EntryPoint, OtherExceptionsPassThroughAndStillReleaseTheSuite) {
+  HostDouble host;
+  host.throwRuntimeErrorOnCall("ANSISuite.sprintf", 1, "out of host memory");
+  EXPECT_THROW(host.send(EntryPointFunc, PF_Cmd_ABOUT), std::runtime_error);
+  EXPECT_EQ(host.callNames(), (Names{"AcquireSuite", "ANSISuite.sprintf", "ReleaseSuite"}));
+  EXPECT_EQ(host.heldSuites(), 0);
+}
+
+TEST(EntryPoint, ExceptionsFromParamsAndPreRenderCallbacksFollowTheSameRule) {
+  {
+    HostDouble host;
+    host.throwIntOnCall("add_param", 3, 42);
+    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_PARAMS_SETUP), PF_Err_BAD_CALLBACK_PARAM);
+  }
+  {
+    HostDouble host;
+    host.throwIntOnCall("checkout_layer", 1, 1);
+    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()),
+              PF_Err_BAD_CALLBACK_PARAM);
+  }
+  {
+    HostDouble host;
+    host.throwRuntimeErrorOnCall("checkout_layer", 1, "no layer");
+    EXPECT_THROW(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), std::runtime_error);
+  }
+}
+
+// ---------------------------------------------------------------- smart pre-render
+
+TEST(SmartPreRender, AsksForTheInputWithTheRequestCopiedWhole) {
+  HostDouble host;
+  host.setTime(48, 2, 30);
+  PF_RenderRequest& request = host.outputRequest();
+  request.rect = {-3, 7, 640, 481};
+  request.field = 2;
+  request.channel_mask = PF_ChannelMask_RED | PF_ChannelMask_BLUE;
+  request.preserve_rgb_of_zero_alpha = 1;
+  request.unused[0] = 9;
+  request.reserved[3] = 11;
+
+  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
+  ASSERT_EQ(host.callNames(), Names{"checkout_layer"});
+  const HostCall call = host.calls().front();
+  EXPECT_EQ(call.args, (std::vector<std::int64_t>{0, 0, 48, 2, 30})) << "index, checkout id, time, step, scale";
+  EXPECT_EQ(call.effectRef, host.effectRef());
+  EXPECT_EQ(std::memcmp(&call.request, &request, sizeof request), 0) << "the request was altered";
+}
+
+struct UnionCase {
+  const char* label;
+  PF_LRect dst;
+  PF_LRect src;
+  PF_LRect expected;
+};
+
+class SmartPreRenderUnion : public ::testing::TestWithParam<UnionCase> {};
+
+std::string text(const PF_LRect& r) {
+  return "{" + std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
+         std::to_string(r.bottom) + "}";
+}
+
+PF_LRect shifted(PF_LRect r, A_long by) {
+  return {r.left + by, r.top + by, r.right + by, r.bottom + by};
+}
+
+// The result rectangle and the maximum one are merged each with its own counterpart;
+// the maximum case runs shifted so that a mix-up of the two shows.
+TEST_P(SmartPreRenderUnion, MergesTheCheckoutIntoTheOutput) {
+  const UnionCase& c = GetParam();
+  HostDouble host;
+  host.preRenderOutput().result_rect = c.dst;
+  host.preRenderOutput().max_result_rect = shifted(c.dst, 100);
+  host.checkoutResult().result_rect = c.src;
+  host.checkoutResult().max_result_rect = shifted(c.src, 100);
+
+  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
+  EXPECT_EQ(text(host.preRenderOutput().result_rect), text(c.expected));
+  EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text(shifted(c.expected, 100)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, SmartPreRenderUnion,
+    ::testing::Values(
+        UnionCase{"EmptyTakesSource", {0, 0, 0, 0}, {1, 2, 30, 40}, {1, 2, 30, 40}},
+        UnionCase{"EmptyTakesEvenAnEmptySource", {3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},
+        UnionCase{"LeftBeyondRightCountsEmpty", {10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        UnionCase{"TopBeyondBottomCountsEmpty", {0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        UnionCase{"SourceWithoutWidthChangesNothing", {0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
+        UnionCase{"SourceWithoutHeightChangesNothing", {0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}},
+        UnionCase{"OverlapGrowsToBoth", {0, 0, 10, 10}, {5, 5, 15, 15}, {0, 0, 15, 15}},
+        UnionCase{"EachSideByItself", {0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
+        UnionCase{"InsideChangesNothing", {0, 0, 10, 10}, {2, 2, 8, 8}, {0, 0, 10, 10}}),
+    [](const auto& unionCase) { return std::string(unionCase.param.label); });
+
+TEST(SmartPreRender, CheckoutErrorIsReturnedAndTheRectanglesStay) {
+  HostDouble host;
+  host.failCall("checkout_layer", 1, PF_Err_OUT_OF_MEMORY);
+  host.preRenderOutput().result_rect = {0, 0, 0, 0};
+  host.preRenderOutput().max_result_rect = {1, 1, 1, 1};
+  host.checkoutResult().result_rect = {0, 0, 8, 8};
+  host.checkoutResult().max_result_rect = {0, 0, 9, 9};
+
+  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_OUT_OF_MEMORY);
+  EXPECT_EQ(text(host.preRenderOutput().result_rect), text({0, 0, 0, 0}));
+  EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text({1, 1, 1, 1}));
+}
+
+}  // namespace
+}  // namespace Quillmere::Velmira
