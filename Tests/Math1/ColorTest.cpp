@@ -109,6 +109,8 @@ TEST(Color, HexStringTruncatesAndPadsNothing)
         {Color(1, 1, 1, 0.5), "#7FFFFFFF"},  // 127.5 truncates to 7F
         {Color(1, 0, 0.5, 1), "#FF07F"},
         {Color(0.0627, 1, 1, 1), "#FFFFF"},  // 15.99 truncates to F
+        {Color(-1, -1, -1, -1), "#FFFFFF01FFFFFF01FFFFFF01FFFFFF01"},  // nil: -255 as 32 bits
+        {Color(1e30, 2, 0, 1), "#7FFFFFFF1FE0"},                       // saturates, 510 is 1FE
     };
     for (const auto& c : cases) {
         EXPECT_EQ(c.color.toHexString(), c.text);

@@ -5,8 +5,6 @@
 
 #include <ostream>
 
-#include "Math/Box3.h"
-#include "Math/Color.h"
 #include "Math/Rect.h"
 #include "Math/Vec2.h"
 #include "Math/Vec3.h"
@@ -29,23 +27,10 @@ inline void PrintTo(const Vec4& v, std::ostream* os)
     *os << "Vec4(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
 }
 
+// Needed beside Vec4's: GoogleTest's own template would match a Rect exactly.
 inline void PrintTo(const Rect& r, std::ostream* os)
 {
     *os << "Rect(" << r.x << ", " << r.y << ", " << r.z << ", " << r.w << ")";
-}
-
-inline void PrintTo(const Color& c, std::ostream* os)
-{
-    *os << "Color(" << c.mRed << ", " << c.mGreen << ", " << c.mBlue << ", " << c.mAlpha << ")";
-}
-
-inline void PrintTo(const Box3& b, std::ostream* os)
-{
-    *os << "Box3(";
-    PrintTo(b.min, os);
-    *os << " to ";
-    PrintTo(b.max, os);
-    *os << ")";
 }
 
 }  // namespace Quillmere::Velmira

@@ -115,52 +115,21 @@ TEST(Vec2, ToleranceRulesDifferByTest)
     EXPECT_TRUE(Vec2(9e-13, -9e-13).negligible());
     EXPECT_TRUE(Vec2(1e-12, 0).nonNegligible()) << "the bound itself is not negligible";
     EXPECT_TRUE(Vec2(kNaN, 0).nonNegligible());
-}
 
-TEST(Vec2, EqualityIsPerComponentAndNaNIsNeverEqual)
-{
-    EXPECT_TRUE(Vec2(1, 2) == Vec2(1 + 9e-13, 2 - 9e-13));
-    EXPECT_FALSE(Vec2(1, 2) == Vec2(1, 2 + 2e-12));
-    const Vec2 nan(kNaN, 0);
-    EXPECT_FALSE(nan == nan);
-    EXPECT_TRUE(nan != nan);
-    EXPECT_TRUE(Vec2(-0.0, 0).isZero()) << "negative zero is zero";
+    EXPECT_TRUE(Vec2(1, 2) == Vec2(1 + 9e-13, 2 - 9e-13)) << "== is per component";
+    EXPECT_TRUE(Vec2(kNaN, 0) != Vec2(kNaN, 0));
     EXPECT_FALSE(Vec2(1e-300, 0).isZero()) << "isZero has no tolerance";
 }
 
-TEST(Vec2, CompoundOperatorsChangeAndPlainOperatorsCopy)
+TEST(Vec2, ProductsRemaindersAndClampsKeepTheirOddConventions)
 {
-    Vec2 v(6, 8);
-    v += Vec2(1, 1);
-    v -= 1.0;
-    v *= Vec2(2, 0.5);
-    v /= 2.0;
-    EXPECT_EQ(v, Vec2(6, 2));
-    const Vec2 sum = v + 1.0;
-    EXPECT_EQ(v, Vec2(6, 2)) << "operator+ leaves its operand";
-    EXPECT_EQ(sum, Vec2(7, 3));
-    EXPECT_EQ((Vec2(1, 0) / 0.0).x, kInf) << "no guard on division";
-}
-
-TEST(Vec2, ProductsAndRemainders)
-{
-    EXPECT_EQ(Vec2(1, 2).dotProduction(Vec2(3, 4)), Vec2(3, 8));
+    EXPECT_EQ(Vec2(1, 2).dotProduction(Vec2(3, 4)), Vec2(3, 8)) << "a vector, not the dot product";
     EXPECT_EQ(Vec2(1, 2).dot(Vec2(3, 4)), 11.0);
-    EXPECT_EQ(Vec2(1, 2).cross(Vec2(3, 4)), -2.0);
-    EXPECT_EQ(Vec2::cross(1, 2, 3, 4), -2.0);
     EXPECT_EQ(Vec2(-7, 7) % Vec2(3, -3), Vec2(-1, 1)) << "the remainder's sign follows the dividend";
-    EXPECT_EQ(Vec2(2, 3).perpindicularLeft(), Vec2(-3, 2));
-    EXPECT_EQ(Vec2(2, 3).perpindicularRight(), Vec2(3, -2));
     EXPECT_EQ(Vec2::lerp(Vec2(0, 0), Vec2(10, -2), 2), Vec2(20, -4)) << "t is not clamped";
-}
-
-TEST(Vec2, MinMaxAndClampChangeTheObject)
-{
     Vec2 v(3, -1);
     v.getMin(Vec2(1, 5));
-    EXPECT_EQ(v, Vec2(1, -1));
-    v.getMax(Vec2(2, 0));
-    EXPECT_EQ(v, Vec2(2, 0));
+    EXPECT_EQ(v, Vec2(1, -1)) << "getMin changes the object";
     Vec2 crossed(0, 5);
     crossed.clamp(Vec2(1, 1), Vec2(0, 0));
     EXPECT_EQ(crossed, Vec2(1, 0)) << "below low gives low even when low exceeds high";
@@ -291,16 +260,6 @@ TEST(Vec2, CoordinateConversionsFlipY)
     EXPECT_EQ(Vec2::centerToTopLefetPoint(Vec2(0, 0), frame), Vec2(50, 25));
     EXPECT_EQ(Vec2::topLeftToCenterPoint(Vec2(0, 0), frame), Vec2(-50, 25));
     EXPECT_EQ(Vec2::centerToTopLefetPoint(Vec2(-50, 25), frame), Vec2(0, 0));
-}
-
-TEST(Vec2, FromArrayIgnoresANullArray)
-{
-    double values[] = {1, 2, 3};
-    Vec2 v(7, 7);
-    v.fromArray(nullptr, 0);
-    EXPECT_EQ(v, Vec2(7, 7));
-    v.fromArray(values, 1);
-    EXPECT_EQ(v, Vec2(2, 3));
 }
 
 RC_GTEST_PROP(Vec2Property, NormalizedNonZeroVectorHasUnitLength, ())

@@ -61,12 +61,6 @@ TEST(Vec4, WIsAnOrdinaryComponent)
     EXPECT_EQ(Vec4(1, 2, 3, 4).getVec3(), Vec3(1, 2, 3)) << "w is dropped, not divided by";
     EXPECT_EQ(Vec4(-1, 2, -3, 4).lengthManhattan(), 10.0);
     EXPECT_EQ(Vec4(1, 1, 1, 1).length(), 2.0);
-    EXPECT_EQ(Vec4(1, 2, 3, 4).dot(Vec4(1, 1, 1, 2)), 14.0);
-    Vec4 v(1, 2, 3, 4);
-    v += 1.0;
-    v /= Vec4(2, 3, 4, 5);
-    expectComponents(v, Vec4(1, 1, 1, 1), 0.0, "compound arithmetic");
-    expectComponents(Vec4(2, -4, 0.5, 1).invert(), Vec4(0.5, -0.25, 2, 1), 0.0, "invert");
 }
 
 TEST(Vec4, LerpReturnsTheEndsUnchangedAndUnitVectorsBetween)
