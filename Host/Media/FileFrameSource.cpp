@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -34,6 +35,25 @@ Rational toRational(AVRational r) { return Rational{r.num, r.den}; }
 bool isImageDemuxer(const char* name) {
     std::string n(name);
     return n == "image2" || (n.size() > 5 && n.compare(n.size() - 5, 5, "_pipe") == 0);
+}
+
+// The video stream's own duration where the container states one; Matroska keeps it only as a "DURATION"
+// tag (HH:MM:SS.fraction). The container's duration comes last, as it spans the audio too, which often runs a
+// little longer.
+double streamDuration(const AVFormatContext& format, const AVStream& stream) {
+    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
+        return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+    if (const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0)) {
+        int hours = 0, minutes = 0;
+        double seconds = 0.0;
+        if (std::sscanf(tag->value, "%d:%d:%lf", &hours, &minutes, &seconds) == 3) {
+            double start = stream.start_time == AV_NOPTS_VALUE
+                               ? 0.0
+                               : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
+            return hours * 3600.0 + minutes * 60.0 + seconds - start;
+        }
+    }
+    return format.duration > 0 ? static_cast<double>(format.duration) / AV_TIME_BASE : 0.0;
 }
 
 }  // namespace
@@ -96,13 +116,9 @@ void FileFrameSource::describe(MediaInfo& info) const {
     info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
     info.startPts = still ? 0 : mStartPts;
 
-    double duration = 0.0;
-    if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
-        duration = static_cast<double>(stream->duration) * av_q2d(stream->time_base);
-    else if (mFormat->duration > 0)
-        duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
     std::int64_t total = 1;
     if (!still) {
+        double duration = streamDuration(*mFormat, *stream);
         total = stream->nb_frames > 0 ? stream->nb_frames
                                       : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
         info.durationSeconds = duration;
