@@ -7,8 +7,8 @@ namespace Quillmere::Velmira {
 namespace {
 
 // The empty box's max sits at the smallest positive normal double, not at
-// -max: boxes grown from the empty state keep that floor, and stored boxes
-// depend on it.
+// -max. Boxes grown from the empty state keep that floor: a box of negative
+// points ends with max just above 0, and callers rely on that.
 constexpr double kEmptyMin = std::numeric_limits<double>::max();
 constexpr double kEmptyMax = std::numeric_limits<double>::min();
 

@@ -106,8 +106,9 @@ struct LerpWeights {
     double b;
 };
 
-// The trigonometry runs in single precision on purpose: results that were
-// stored from earlier sessions were computed this way.
+// The trigonometry is single precision on purpose: the interpolation is
+// defined by this arithmetic, and a double version would differ in digits
+// that callers compare.
 LerpWeights sphericalWeights(double c, double t)
 {
     if (1.0 - c < kNearlyParallel) {
