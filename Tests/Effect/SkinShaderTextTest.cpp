@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <regex>
+#include <cstdio>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,18 +23,45 @@ struct Tap {
   std::string weightI;
 };
 
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> result;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    result.push_back(line);
+  }
+  return result;
+}
+
+bool startsWith(const std::string& line, const std::string& prefix) {
+  return line.compare(0, prefix.size(), prefix) == 0;
+}
+
 // Each tap of the unrolled blur, in text order, with its two offsets and its two numbers
-// as written.
+// as written; a tap is only counted when all four of its lines have their exact form.
 std::vector<Tap> taps(const std::string& text) {
-  static const std::regex kTap(
-      R"(    cc = texture\(videoTexture, \(gl_FragCoord\.xy\+vec2\(float\((-?\d+)\),float\((-?\d+)\)\)\) / viewSize\.xy\)\.rgb;
-    factor = normpdf3\(cc-colourOut\.rgb, BSIGMA\) \* bZ \* ([^*]+)\* ([^;]+);
-    Z \+= factor;
-    final_colour \+= factor \* cc;
-)");
+  const std::string sample = "    cc = texture(videoTexture, (gl_FragCoord.xy+vec2(float(";
+  const std::string factor = "    factor = normpdf3(cc-colourOut.rgb, BSIGMA) * bZ * ";
+  const std::vector<std::string> all = lines(text);
   std::vector<Tap> found;
-  for (auto it = std::sregex_iterator(text.begin(), text.end(), kTap); it != std::sregex_iterator(); ++it) {
-    found.push_back({std::stoi((*it)[1]), std::stoi((*it)[2]), (*it)[3], (*it)[4]});
+  for (std::size_t n = 0; n + 3 < all.size(); ++n) {
+    if (!startsWith(all[n], sample)) {
+      continue;
+    }
+    Tap tap{};
+    char rest[64] = {};
+    if (std::sscanf(all[n].c_str() + sample.size(), "%d),float(%d%63[^\n]", &tap.i, &tap.j, rest) != 3 ||
+        std::string(rest) != "))) / viewSize.xy).rgb;" || !startsWith(all[n + 1], factor) ||
+        all[n + 2] != "    Z += factor;" || all[n + 3] != "    final_colour += factor * cc;") {
+      continue;
+    }
+    const std::string numbers = all[n + 1].substr(factor.size());
+    const std::size_t star = numbers.find("* ");
+    if (star == std::string::npos || numbers.back() != ';') {
+      continue;
+    }
+    tap.weightJ = numbers.substr(0, star);
+    tap.weightI = numbers.substr(star + 2, numbers.size() - star - 3);
+    found.push_back(tap);
   }
   return found;
 }
