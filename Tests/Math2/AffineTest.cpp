@@ -9,10 +9,6 @@
 namespace Quillmere::Velmira {
 namespace {
 
-// Degrees go through kDegToRad = 0.017453292519943, a little short of pi/180: 90
-// degrees come out 2.7e-14 radians short, and so does the cosine of a "quarter turn".
-const double kDegreeTolerance = 1e-13;
-
 Affine scaled(double x, double y)
 {
     Affine a(true);
@@ -23,37 +19,14 @@ Affine scaled(double x, double y)
 TEST(AffineTest, ConstructorArgumentsRunDownTheColumns)
 {
     const Affine a(1, 2, 3, 4, 5, 6);
-    const double rows[6] = {1, 3, 5, 2, 4, 6};
-    EXPECT_TRUE(elementsAre(a.m, rows, 6, 0.0));
-    EXPECT_TRUE(vectorsNear(a.getTransform(Vec2(0, 0)), Vec2(5, 6), 0.0));
-    EXPECT_TRUE(vectorsNear(a.getTransform(Vec2(1, 0)), Vec2(6, 8), 0.0));
+    EXPECT_TRUE(near({a.m[0], a.m[1], a.m[2], a.m[3], a.m[4], a.m[5]}, {1, 3, 5, 2, 4, 6}, 0.0));
+    EXPECT_TRUE(near(a.getTransform(Vec2(0, 0)), Vec2(5, 6), 0.0));
+    EXPECT_TRUE(near(a.getTransform(Vec2(1, 0)), Vec2(6, 8), 0.0));
 
-    Affine viaSet(false);
-    viaSet.set(1, 2, 3, 4, 5, 6);
-    EXPECT_TRUE(elementsAre(viaSet.m, rows, 6, 0.0));
-
-    const double identity[6] = {1, 0, 0, 0, 1, 0};
-    const double zeros[6] = {};
-    EXPECT_TRUE(elementsAre(Affine(true).m, identity, 6, 0.0));
-    EXPECT_TRUE(elementsAre(Affine(false).m, zeros, 6, 0.0));
-}
-
-TEST(AffineTest, TransformOverloadsAgreeAndUseTheOldCoordinates)
-{
-    // Swaps the axes: (px, py) -> (py, px).
-    const Affine swap(0, 1, 1, 0, 0, 0);
+    const Affine swap(0, 1, 1, 0, 0, 0);  // (px, py) -> (py, px)
     double x = 1, y = 2;
     swap.transform(x, y);
-    EXPECT_EQ(x, 2.0);
-    EXPECT_EQ(y, 1.0) << "y must come from the old x";
-
-    const Affine a(2, 0.5, -1, 3, 7, -4);
-    Vec2 p(1.5, -2);
-    double outX = 0, outY = 0;
-    a.transform(1.5, -2, &outX, &outY);
-    a.transform(p);
-    EXPECT_TRUE(vectorsNear(p, Vec2(outX, outY), 0.0));
-    EXPECT_TRUE(vectorsNear(p, Vec2(2 * 1.5 - 1 * -2 + 7, 0.5 * 1.5 + 3 * -2 - 4), 0.0));
+    EXPECT_TRUE(near({x, y}, {2, 1}, 0.0)) << "y must come from the old x";
 }
 
 TEST(AffineTest, MultiplyAppliesTheArgumentAfterAndPremultiplyBefore)
@@ -61,97 +34,73 @@ TEST(AffineTest, MultiplyAppliesTheArgumentAfterAndPremultiplyBefore)
     const Affine a(2, 0, 0, 3, 1, 1);   // scale (2, 3), then move (1, 1)
     const Affine b(0, 1, -1, 0, 5, 0);  // quarter turn, then move (5, 0)
     const Vec2 p(1, 2);
+    Affine ab = a, ba = a;
+    ab.multiply(b);
+    ba.premultiply(b);
+    EXPECT_TRUE(near(ab.getTransform(p), b.getTransform(a.getTransform(p)), 0.0));
+    EXPECT_TRUE(near(ba.getTransform(p), a.getTransform(b.getTransform(p)), 0.0));
 
-    Affine multiplied = a;
-    multiplied.multiply(b);
-    EXPECT_TRUE(vectorsNear(multiplied.getTransform(p), b.getTransform(a.getTransform(p)), 0.0));
-
-    Affine premultiplied = a;
-    premultiplied.premultiply(b);
-    EXPECT_TRUE(vectorsNear(premultiplied.getTransform(p), a.getTransform(b.getTransform(p)), 0.0));
-
-    // The extenders act first, in local coordinates.
+    // Extenders act first: the move by 1 is doubled by the scale that follows it.
     Affine extended = scaled(2, 2);
     extended.translate(1, 0);
-    Affine moved(true);
-    moved.setTranslate(1, 0);
-    moved.multiply(scaled(2, 2));
-    EXPECT_TRUE(vectorsNear(extended.getTransform(Vec2()), Vec2(2, 0), 0.0));
-    EXPECT_TRUE(extended == moved);
+    EXPECT_TRUE(near(extended.getTransform(Vec2()), Vec2(2, 0), 0.0));
 }
 
 TEST(AffineTest, SetFromLayerPropertiesLandsTheAnchorOnThePosition)
 {
     Affine layer(true);
     layer.set(Vec2(10, 20), Vec2(100, 200), Vec2(2, 3), 30);
-    EXPECT_TRUE(vectorsNear(layer.getTransform(Vec2(10, 20)), Vec2(100, 200), 1e-13));
-    const double radians = 30 * kDegToRad;
-    EXPECT_TRUE(vectorsNear(layer.getTransform(Vec2(11, 20)),
-                            Vec2(100 + 2 * std::cos(radians), 200 + 2 * std::sin(radians)), 1e-13));
-    // One unit along local Y is scaled by 3 and turned with X: towards -X.
-    EXPECT_TRUE(vectorsNear(layer.getTransform(Vec2(10, 21)),
-                            Vec2(100 - 3 * std::sin(radians), 200 + 3 * std::cos(radians)), 1e-13));
+    const double c = std::cos(30 * kDegToRad), s = std::sin(30 * kDegToRad);
+    EXPECT_TRUE(near(layer.getTransform(Vec2(10, 20)), Vec2(100, 200), 1e-13));
+    EXPECT_TRUE(near(layer.getTransform(Vec2(11, 20)), Vec2(100 + 2 * c, 200 + 2 * s), 1e-13));
+    EXPECT_TRUE(near(layer.getTransform(Vec2(10, 21)), Vec2(100 - 3 * s, 200 + 3 * c), 1e-13));
 }
-
-struct ElementaryCase {
-    const char* name;
-    void (Affine::*setter)(double);
-    double angle;
-    Vec2 from;
-    Vec2 to;
-};
 
 TEST(AffineTest, AnglesAreInDegrees)
 {
-    const ElementaryCase cases[] = {
+    // kDegToRad = 0.017453292519943 falls short of pi/180: 90 degrees come out
+    // 2.7e-14 radians short, and so does the cosine of the quarter turn.
+    const struct {
+        const char* name;
+        void (Affine::*setter)(double);
+        double angle;
+        Vec2 from, to;
+    } cases[] = {
         {"setRotate(90)", &Affine::setRotate, 90, Vec2(1, 0), Vec2(0, 1)},
-        {"setRotate(-90)", &Affine::setRotate, -90, Vec2(1, 0), Vec2(0, -1)},
         {"setSkewX(45)", &Affine::setSkewX, 45, Vec2(0, 1), Vec2(1, 1)},
         {"setSkewY(45)", &Affine::setSkewY, 45, Vec2(1, 0), Vec2(1, 1)},
     };
-    for (const ElementaryCase& test : cases) {
+    for (const auto& test : cases) {
         Affine a(false);
         (a.*test.setter)(test.angle);
-        EXPECT_TRUE(vectorsNear(a.getTransform(test.from), test.to, kDegreeTolerance)) << test.name;
+        EXPECT_TRUE(near(a.getTransform(test.from), test.to, 1e-13)) << test.name;
     }
 }
-
-struct InverseCase {
-    const char* name;
-    Affine matrix;
-    bool invertible;
-};
 
 TEST(AffineTest, InverseTreatsDeterminantsBelowOneMillionthAsSingular)
 {
-    const InverseCase cases[] = {
-        {"zero matrix", Affine(false), false},
+    const struct {
+        const char* name;
+        Affine matrix;
+        bool invertible;
+    } cases[] = {
+        {"zero", Affine(false), false},
         {"scale 0.0001: det 1e-08", scaled(0.0001, 0.0001), false},
-        {"det just under 1e-06", scaled(0.999e-06, 1), false},
+        {"det 9.99e-07", scaled(0.999e-06, 1), false},
         {"det exactly 1e-06", scaled(1e-06, 1), true},
         {"det exactly -1e-06", scaled(-1e-06, 1), true},
-        {"scale 0.01: det 1e-04", scaled(0.01, 0.01), true},
     };
     const Affine untouched(1, 2, 3, 4, 5, 6);
-    for (const InverseCase& test : cases) {
+    for (const auto& test : cases) {
         Affine out = untouched;
         EXPECT_EQ(test.matrix.inverse(out), test.invertible) << test.name;
         if (!test.invertible) {
-            EXPECT_TRUE(elementsAre(out.m, untouched.m, 6, 0.0)) << test.name << ": out untouched";
-            EXPECT_TRUE(test.matrix.getInverse() == Affine(true)) << test.name << ": identity";
+            EXPECT_TRUE(near(out, untouched, 0.0)) << test.name << ": out untouched";
+            EXPECT_TRUE(near(test.matrix.getInverse(), Affine(true), 0.0)) << test.name;
         }
     }
-}
-
-TEST(AffineTest, InverseOfAKnownTransform)
-{
-    // Scale (2, 4) then move (6, 8): the inverse moves back and halves / quarters.
-    const Affine a(2, 0, 0, 4, 6, 8);
-    Affine out(false);
-    ASSERT_TRUE(a.inverse(out));
-    const double expected[6] = {0.5, 0, -3, 0, 0.25, -2};
-    EXPECT_TRUE(elementsAre(out.m, expected, 6, 0.0));
-    EXPECT_TRUE(a.getInverse() == out);
+    // Scale (2, 4) then move (6, 8), undone by hand.
+    EXPECT_TRUE(near(Affine(2, 0, 0, 4, 6, 8).getInverse(), Affine(0.5, 0, 0, 0.25, -3, -2), 0.0));
 }
 
 TEST(AffineTest, AverageScaleIsRoundedToFourDecimalsInSinglePrecision)
@@ -165,23 +114,13 @@ TEST(AffineTest, AverageScaleIsRoundedToFourDecimalsInSinglePrecision)
     } cases[] = {
         {"identity", Affine(true), 1.0},
         {"scale (1, 3)", scaled(1, 3), 2.0},
-        {"scale 1/3", scaled(1.0 / 3, 1.0 / 3), 0.33329999446868896},
+        {"scale 1/3: the float 0.3333", scaled(1.0 / 3, 1.0 / 3), 0.33329999446868896},
         {"rotation alone", rotation, 1.0},
-        {"rows, not columns", Affine(3, 4, 0, 0, 0, 0), 3.5},
+        {"rows (3, 0) and (4, 0), not columns", Affine(3, 4, 0, 0, 0, 0), 3.5},
     };
     for (const auto& test : cases) {
         EXPECT_EQ(test.matrix.averageScale(), test.expected) << test.name;
     }
-}
-
-TEST(AffineTest, EqualityIsInclusiveAtTheTolerance)
-{
-    const Affine a(true);
-    Affine b(true);
-    b.m[5] = 1e-12;
-    EXPECT_TRUE(a == b);
-    b.m[5] = 1.5e-12;
-    EXPECT_FALSE(a == b);
 }
 
 } // namespace

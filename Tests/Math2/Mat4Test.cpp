@@ -1,209 +1,211 @@
 #include <cmath>
-#include <limits>
 
 #include <gtest/gtest.h>
 
+#include "Math/Affine.h"
 #include "Math/Mat4.h"
+#include "Math/Quaternion.h"
 #include "MathExpect.h"
 
 namespace Quillmere::Velmira {
 namespace {
 
-// 0..15 in storage order when read column by column.
-const double kSequence[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-// The same sequence stored as if it had been read row by row: m[4c + r] = 4r + c.
-const double kSequenceByRows[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+const double kPi = 3.141592653589793;
+// Sines and cosines of quarter turns are off by about 6e-17; a few ulps of 1 cover them.
+const double kTrigTolerance = 1e-15;
 
-Mat4 sequenceMatrix(bool columnMajor)
+Mat4 made(void (Mat4::*setter)(double), double angle)
 {
-    return Mat4(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, columnMajor);
+    Mat4 m(true);
+    (m.*setter)(angle);
+    return m;
 }
 
-struct StorageCase {
-    const char* name;
-    Mat4 matrix;
-    const double* expected;
-};
+Mat4 aboutAxis(double angle, double x, double y, double z)
+{
+    Mat4 m(true);
+    m.setRotation(angle, x, y, z);
+    return m;
+}
 
 TEST(Mat4Test, ConstructorsStoreInTheirStatedOrder)
 {
+    const double byColumns[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    // The same sequence read row by row: m[4c + r] = 4r + c.
+    const double byRows[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+    const double identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     Mat4 viaSet(false);
     viaSet.set(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
     const Vec4 a(0, 1, 2, 3), b(4, 5, 6, 7), c(8, 9, 10, 11), d(12, 13, 14, 15);
-    const StorageCase cases[] = {
-        {"16 doubles, columnMajor true", sequenceMatrix(true), kSequence},
-        {"16 doubles, columnMajor false", sequenceMatrix(false), kSequenceByRows},
-        {"array, columnMajor true", Mat4(kSequence, true), kSequence},
-        {"array, columnMajor false", Mat4(kSequence, false), kSequenceByRows},
-        // For vectors, true means rows: the opposite storage of columnMajor true.
-        {"four Vec4, rows true", Mat4(a, b, c, d, true), kSequenceByRows},
-        {"four Vec4, rows false", Mat4(a, b, c, d, false), kSequence},
-        {"set always reads rows", viaSet, kSequenceByRows},
+    const struct {
+        const char* name;
+        Mat4 matrix;
+        const double* expected;
+    } cases[] = {
+        {"doubles, columnMajor true", Mat4(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, true), byColumns},
+        {"doubles, columnMajor false", Mat4(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, false), byRows},
+        {"array, columnMajor true", Mat4(byColumns, true), byColumns},
+        {"array, columnMajor false", Mat4(byColumns, false), byRows},
+        // For vectors true means rows: the opposite storage of columnMajor true.
+        {"Vec4s, rows true", Mat4(a, b, c, d, true), byRows},
+        {"Vec4s, rows false", Mat4(a, b, c, d, false), byColumns},
+        {"set reads rows", viaSet, byRows},
+        {"identity", Mat4(true), identity},
     };
-    for (const StorageCase& test : cases) {
-        EXPECT_TRUE(elementsAre(test.matrix.m, test.expected, 16, 0.0)) << test.name;
+    for (const auto& test : cases) {
+        EXPECT_TRUE(elementsNear(test.matrix.m, test.expected, 16, 0.0)) << test.name;
     }
+    EXPECT_EQ(Mat4(a, b, c, d, false).getRow(1), Vec4(1, 5, 9, 13));
 }
 
-TEST(Mat4Test, StartValuesAndRowColumnAccess)
-{
-    const double identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    const double zeros[16] = {};
-    EXPECT_TRUE(elementsAre(Mat4(true).m, identity, 16, 0.0));
-    EXPECT_TRUE(elementsAre(Mat4(false).m, zeros, 16, 0.0));
-    EXPECT_TRUE(elementsAre(Mat4::identity().m, identity, 16, 0.0));
-
-    const Mat4 m = sequenceMatrix(true);
-    EXPECT_EQ(m.getRow(1), Vec4(1, 5, 9, 13));
-    EXPECT_EQ(m.getColumn(1), Vec4(4, 5, 6, 7));
-    Mat4 written(false);
-    for (int i = 0; i < 4; ++i) {
-        written.setRow(i, m.getRow(i));
-    }
-    EXPECT_TRUE(matricesNear(written, m, 0.0));
-}
-
-TEST(Mat4Test, ProductAppliesTheRightOperandFirst)
+TEST(Mat4Test, ProductAppliesTheRightOperandFirstAndMayWriteIntoAnOperand)
 {
     Mat4 translation(true);
     translation.setTranslate(10, 0, 0);
     Mat4 scale(true);
     scale.setScale(2, 2, 2);
-
     Mat4 combined = translation;
     combined.mult(scale);
     // Scaled first, then moved: (1, 1, 1) -> (2, 2, 2) -> (12, 2, 2).
-    EXPECT_TRUE(vectorsNear(combined.mult(Vec3(1, 1, 1)), Vec3(12, 2, 2), 0.0));
-    EXPECT_TRUE(matricesNear(translation * scale, combined, 0.0));
-}
+    EXPECT_TRUE(near(combined.mult(Vec3(1, 1, 1)), Vec3(12, 2, 2), 0.0));
 
-TEST(Mat4Test, StaticProductMayWriteIntoEitherOperand)
-{
-    const Mat4 a(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, false);
-    const Mat4 b(2, 0, 1, 0, 0, 3, 0, 1, 1, 0, 4, 0, 5, 6, 7, 1, false);
-    Mat4 separate(false);
-    Mat4::mult(a, b, separate);
-    Mat4 intoA = a;
-    Mat4::mult(intoA, b, intoA);
-    Mat4 intoB = b;
-    Mat4::mult(a, intoB, intoB);
-    EXPECT_TRUE(matricesNear(intoA, separate, 0.0));
-    EXPECT_TRUE(matricesNear(intoB, separate, 0.0));
-    // Row 0 of a times column 0 of b, worked by hand: 1*2 + 2*0 + 3*1 + 4*5.
-    EXPECT_EQ(separate.m[0], 25.0);
+    const Mat4 p(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, false);
+    const Mat4 q(2, 0, 1, 0, 0, 3, 0, 1, 1, 0, 4, 0, 5, 6, 7, 1, false);
+    Mat4 separate(false), intoP = p, intoQ = q;
+    Mat4::mult(p, q, separate);
+    Mat4::mult(intoP, q, intoP);
+    Mat4::mult(p, intoQ, intoQ);
+    EXPECT_EQ(separate.m[0], 25.0);  // row 0 of p by column 0 of q: 2 + 0 + 3 + 20
+    EXPECT_TRUE(near(intoP, separate, 0.0));
+    EXPECT_TRUE(near(intoQ, separate, 0.0));
 }
 
 TEST(Mat4Test, VectorProductsDivideOnlyWhenProjecting)
 {
     // Row 3 is (0, 0, 1, 1): w = z + 1.
-    const Mat4 projective(1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 1, false);
-    const Vec3 p(1, 2, 3);
-    EXPECT_TRUE(vectorsNear(projective.mult(p), Vec3(6, 2, 3), 0.0));
-    EXPECT_TRUE(vectorsNear(projective * p, Vec3(6, 2, 3), 0.0));
-    EXPECT_TRUE(vectorsNear(projective.multAndProject(p), Vec3(1.5, 0.5, 0.75), 0.0));
-    EXPECT_TRUE(vectorsNear(projective.multWithoutTranslate(p), Vec3(1, 2, 3), 0.0));
-    EXPECT_EQ(projective.mult(Vec4(1, 2, 3, 2)), Vec4(11, 2, 3, 5));
-
-    // Where w comes out 1 the two agree.
-    const Vec3 atZero(4, 5, 0);
-    EXPECT_TRUE(vectorsNear(projective.multAndProject(atZero), projective.mult(atZero), 0.0));
+    const Mat4 m(1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 1, false);
+    EXPECT_TRUE(near(m.mult(Vec3(1, 2, 3)), Vec3(6, 2, 3), 0.0));
+    EXPECT_TRUE(near(m.multAndProject(Vec3(1, 2, 3)), Vec3(1.5, 0.5, 0.75), 0.0));
+    EXPECT_TRUE(near(m.multWithoutTranslate(Vec3(1, 2, 3)), Vec3(1, 2, 3), 0.0));
+    EXPECT_EQ(m * Vec4(1, 2, 3, 2), Vec4(11, 2, 3, 5));
+    EXPECT_EQ((Mat4(true) * 2.0).m[15], 2.0);
 }
 
-TEST(Mat4Test, ElementWiseArithmeticCoversEveryElement)
+TEST(Mat4Test, InverseOfKnownSingularAndTinyMatrices)
 {
-    const Mat4 m = sequenceMatrix(true);
-    Mat4 difference = m;
-    difference.subtract(m);
-    EXPECT_TRUE(matricesNear(difference, Mat4(false), 0.0));
-
-    const Mat4 doubled = Mat4::identity() * 2.0;
-    EXPECT_EQ(doubled.m[15], 2.0);
-    EXPECT_TRUE(matricesNear(m + m, m * 2.0, 0.0));
-    EXPECT_TRUE(matricesNear(m - m * 2.0, m * -1.0, 0.0));
-}
-
-struct DeterminantCase {
-    const char* name;
-    Mat4 matrix;
-    double determinant;
-};
-
-TEST(Mat4Test, DeterminantIncludesTheBottomRow)
-{
-    const DeterminantCase cases[] = {
-        {"identity", Mat4(true), 1.0},
-        {"diagonal 2, 3, 4, 5", Mat4(2, 0, 0, 1, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 5, false), 120.0},
-        {"2 by 2 block [1 2; 3 4]", Mat4(1, 2, 0, 0, 3, 4, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, false), -2.0},
-        {"bottom row (0, 0, 0, 0)", Mat4(1, 0, 0, 7, 0, 1, 0, 8, 0, 0, 1, 9, 0, 0, 0, 0, false), 0.0},
-        {"rows swapped", Mat4(0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, false), -1.0},
-    };
-    for (const DeterminantCase& test : cases) {
-        EXPECT_EQ(test.matrix.determinant(), test.determinant) << test.name;
-    }
-}
-
-TEST(Mat4Test, InverseOfAKnownMatrix)
-{
-    // The inverse of the block [1 2; 3 4] is [-2 1; 1.5 -0.5]; the translation
-    // (1, 1, 1) comes back as -(A^-1 t).
-    const Mat4 m(1, 2, 0, 1, 3, 4, 0, 1, 0, 0, 1, 1, 0, 0, 0, 1, false);
-    const Mat4 expected(-2, 1, 0, 1, 1.5, -0.5, 0, -1, 0, 0, 1, -1, 0, 0, 0, 1, false);
+    // The block [1 2; 3 4] inverts to [-2 1; 1.5 -0.5]; translation (1, 1, 1) to -(A^-1 t).
+    Mat4 m(1, 2, 0, 1, 3, 4, 0, 1, 0, 0, 1, 1, 0, 0, 0, 1, false);
     Mat4 out(false);
     EXPECT_TRUE(m.getInverse(out));
-    EXPECT_TRUE(matricesNear(out, expected, 1e-15));
+    EXPECT_TRUE(near(out, Mat4(-2, 1, 0, 1, 1.5, -0.5, 0, -1, 0, 0, 1, -1, 0, 0, 0, 1, false), 1e-15));
+    EXPECT_TRUE(m.getInverse(m));
+    EXPECT_TRUE(near(m, out, 0.0)) << "inverting in place";
 
-    Mat4 self = m;
-    EXPECT_TRUE(self.getInverse(self));
-    EXPECT_TRUE(matricesNear(self, out, 0.0));
-}
-
-TEST(Mat4Test, SingularInverseGivesIdentityAndTinyDeterminantsAreInverted)
-{
-    Mat4 out = sequenceMatrix(true);
     EXPECT_FALSE(Mat4(false).getInverse(out));
-    EXPECT_TRUE(matricesNear(out, Mat4(true), 0.0));
+    EXPECT_TRUE(near(out, Mat4(true), 0.0)) << "a singular matrix leaves the identity";
 
-    // Determinant 1e-300: no tolerance applies, so it is inverted.
     Mat4 tiny(true);
-    tiny.setScale(1e-100, 1e-100, 1e-100);
+    tiny.setScale(1e-100, 1e-100, 1e-100);  // determinant 1e-300: still inverted
     EXPECT_TRUE(tiny.getInverse(out));
     EXPECT_DOUBLE_EQ(out.m[0], 1e100);
 }
 
-TEST(Mat4Test, EqualityIsInclusiveAtTheToleranceAndFalseForNaN)
+TEST(Mat4Test, RotationsAreRightHandedInRadians)
 {
-    Mat4 a(true);
-    Mat4 b(true);
-    b.m[7] = 1e-12;
-    EXPECT_TRUE(a == b);
-    b.m[7] = 2e-12;
-    EXPECT_FALSE(a == b);
+    const double q = kPi / 2;
+    const struct {
+        const char* name;
+        Mat4 rotation;
+        Vec3 from, to;
+    } cases[] = {
+        {"setXRotation", made(&Mat4::setXRotation, q), Vec3(0, 1, 0), Vec3(0, 0, 1)},
+        {"setYRotation", made(&Mat4::setYRotation, q), Vec3(0, 0, 1), Vec3(1, 0, 0)},
+        {"setZRotation", made(&Mat4::setZRotation, q), Vec3(1, 0, 0), Vec3(0, 1, 0)},
+        {"setRotation about Y", aboutAxis(q, 0, 1, 0), Vec3(0, 0, 1), Vec3(1, 0, 0)},
+        {"setRotation about 5 Z", aboutAxis(q, 0, 0, 5), Vec3(1, 0, 0), Vec3(0, 1, 0)},
+        {"setRotation about no axis", aboutAxis(q, 0, 0, 0), Vec3(0, 1, 0), Vec3(0, 0, 1)},
+    };
+    for (const auto& test : cases) {
+        EXPECT_TRUE(near(test.rotation.mult(test.from), test.to, kTrigTolerance)) << test.name;
+    }
 
-    Mat4 withNaN(true);
-    withNaN.m[3] = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_FALSE(withNaN == withNaN);
+    // Extenders act first, in local coordinates: the move follows the turned X axis.
+    Mat4 m(true);
+    m.rotateZ(q);
+    m.translate(1, 0, 0);
+    EXPECT_TRUE(near(m.mult(Vec3()), Vec3(0, 1, 0), kTrigTolerance));
 }
 
-TEST(Mat4Test, MaxScaleOnAxisIgnoresSignAndTheFourthRowAndColumn)
+TEST(Mat4Test, ProjectionsFollowTheirArgumentOrders)
+{
+    // Expected matrices worked by hand from the projection formulas, rows as written.
+    Mat4 ortho(true);
+    ortho.setOrtho(0, 100, 0, 50, -1, 1);  // top 0, bottom 50: Y flips
+    EXPECT_TRUE(near(ortho, Mat4(0.02, 0, 0, -1, 0, -0.04, 0, 1, 0, 0, -1, 0, 0, 0, 0, 1, false), 1e-17));
+    Mat4 frustum(true);
+    frustum.setFrustum(0, 100, 0, 50, 1, 3);  // the same places read as bottom, top
+    EXPECT_TRUE(near(frustum, Mat4(0.02, 0, 1, 0, 0, 0.04, 1, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), 1e-17));
+    Mat4 perspective(true);
+    perspective.setPerspective(kPi / 2, 1, 1, 3);
+    EXPECT_TRUE(near(perspective, Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), kTrigTolerance));
+}
+
+TEST(Mat4Test, LookAtWritesOnlyTheRotationPartAndCopesWithDegenerateInput)
 {
     Mat4 m(true);
-    m.setScale(2, -3, 1);
-    m.m[3] = 100;
-    m.m[12] = 100;
-    m.m[15] = 100;
-    EXPECT_EQ(m.getMaxScaleOnAxis(), 3.0);
+    m.setTranslate(1, 2, 3);
+    m.m[3] = 7;
+    m.setLookAt(Vec3(5, 0, 0), Vec3(0, 0, 0), Vec3(0, 1, 0));
+    // z = (1, 0, 0), x = up x z = (0, 0, -1), y = z x x = (0, 1, 0); the rest stays.
+    EXPECT_TRUE(near(m, Mat4(0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 7, 0, 0, 1, false), 0.0));
+
+    // up along the view: z.z is nudged by 0.0001 as a float and not normalised again;
+    // up x z stays zero and normalises to X; y = z x x is not normalised either.
+    m.setLookAt(0, 0, 5, 0, 0, 0, 0, 0, 1);
+    const double nudged = 1.0 + static_cast<double>(0.0001f);
+    EXPECT_TRUE(near(m.getColumn(0).getVec3(), Vec3(1, 0, 0), 0.0));
+    EXPECT_TRUE(near(m.getColumn(1).getVec3(), Vec3(0, nudged, 0), 0.0));
+    EXPECT_TRUE(near(m.getColumn(2).getVec3(), Vec3(0, 0, nudged), 0.0));
 }
 
-TEST(Mat4Test, TransposeLeavesTheSourceAndMayWriteInPlace)
+TEST(Mat4Test, DecomposeReportsMirrorsOnXAndFlatAxesAsTiny)
 {
-    const Mat4 m = sequenceMatrix(true);
-    Mat4 out(false);
-    m.transpose(out);
-    EXPECT_TRUE(elementsAre(out.m, kSequenceByRows, 16, 0.0));
-    EXPECT_TRUE(elementsAre(m.m, kSequence, 16, 0.0));
-    Mat4 self = m;
-    self.transpose(self);
-    EXPECT_TRUE(matricesNear(self, out, 0.0));
+    Mat4 scaled(true), mirroredY(true);
+    scaled.setScale(2, 3, 4);
+    mirroredY.setScale(1, -1, 1);
+    const struct {
+        const char* name;
+        Mat4 matrix;
+        Vec3 scale;
+        Quaternion rotation;
+    } cases[] = {
+        {"plain scale", scaled, Vec3(2, 3, 4), Quaternion()},
+        // diag(1, -1, 1) = diag(-1, 1, 1) x a half turn about Z.
+        {"mirror in Y", mirroredY, Vec3(-1, 1, 1), Quaternion(0, 0, 1, 0)},
+        // A zero determinant does not negate sx; the zero copy takes the last branch.
+        {"zero matrix", Mat4(false), Vec3(1e-06, 1e-06, 1e-06), Quaternion(0, 0, 0.5, 0)},
+    };
+    for (const auto& test : cases) {
+        Vec3 position(9, 9, 9), scale;
+        Quaternion rotation;
+        test.matrix.decompose(position, rotation, scale);
+        EXPECT_TRUE(near(scale, test.scale, 0.0)) << test.name;
+        EXPECT_TRUE(near(rotation, test.rotation, 0.0)) << test.name;
+        EXPECT_TRUE(near(position, Vec3(), 0.0)) << test.name;
+    }
+}
+
+TEST(Mat4Test, ConversionsFromAffineAndHostCoordinates)
+{
+    Mat4 m(true);
+    // Affine(1, ..., 6) holds rows (1, 3, 5) and (2, 4, 6).
+    m.setWithAffine(Affine(1, 2, 3, 4, 5, 6));
+    EXPECT_TRUE(near(m, Mat4(1, 3, 0, 5, 2, 4, 0, 6, 0, 0, 1, 0, 0, 0, 0, 1, false), 0.0));
+    EXPECT_TRUE(near(m.getAffine(), Affine(1, 2, 3, 4, 5, 6), 0.0));
+
+    const Mat4 toGL = Mat4::getAEToGLConversionMatrix(1920, 1080);
+    EXPECT_TRUE(near(toGL, Mat4(1, 0, 0, -960, 0, -1, 0, 540, 0, 0, -1, 0, 0, 0, 0, 1, false), 0.0));
+    EXPECT_TRUE(near(toGL.mult(Vec3(960, 540, 0)), Vec3(), 0.0)) << "the frame's centre";
 }
 
 } // namespace

@@ -1,24 +1,56 @@
 #pragma once
 
+#include <cmath>
+#include <initializer_list>
+
 #include <gtest/gtest.h>
 
+#include "Math/Affine.h"
 #include "Math/Mat4.h"
 #include "Math/Quaternion.h"
-#include "Math/Vec2.h"
-#include "Math/Vec3.h"
 
 namespace Quillmere::Velmira {
 
-// Comparisons that name the element that differed, for EXPECT_TRUE.
-::testing::AssertionResult matricesNear(const Mat4& actual, const Mat4& expected, double tolerance);
-::testing::AssertionResult elementsAre(const double* actual, const double* expected, int count,
-                                       double tolerance);
-::testing::AssertionResult vectorsNear(const Vec3& actual, const Vec3& expected, double tolerance);
-::testing::AssertionResult vectorsNear(const Vec2& actual, const Vec2& expected, double tolerance);
-::testing::AssertionResult quaternionsNear(const Quaternion& actual, const Quaternion& expected,
-                                           double tolerance);
+// Element-wise comparison that names the first element that differed. Equal values
+// (infinities included) match at tolerance 0; NaN never matches.
+inline ::testing::AssertionResult elementsNear(const double* actual, const double* expected,
+                                               int count, double tolerance)
+{
+    for (int i = 0; i < count; ++i) {
+        if (!(actual[i] == expected[i] || std::fabs(actual[i] - expected[i]) <= tolerance)) {
+            return ::testing::AssertionFailure() << "element [" << i << "] is " << actual[i]
+                                                 << ", expected " << expected[i] << " within "
+                                                 << tolerance;
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
 
-// Largest element-wise difference, for property checks that report a single number.
-double maxDifference(const Mat4& a, const Mat4& b);
+inline ::testing::AssertionResult near(std::initializer_list<double> actual,
+                                       std::initializer_list<double> expected, double tolerance)
+{
+    return elementsNear(actual.begin(), expected.begin(), static_cast<int>(actual.size()), tolerance);
+}
+
+inline ::testing::AssertionResult near(const Mat4& a, const Mat4& e, double tolerance)
+{ return elementsNear(a.m, e.m, 16, tolerance); }
+inline ::testing::AssertionResult near(const Affine& a, const Affine& e, double tolerance)
+{ return elementsNear(a.m, e.m, 6, tolerance); }
+inline ::testing::AssertionResult near(const Vec3& a, const Vec3& e, double tolerance)
+{ return near({a.x, a.y, a.z}, {e.x, e.y, e.z}, tolerance); }
+inline ::testing::AssertionResult near(const Vec2& a, const Vec2& e, double tolerance)
+{ return near({a.x, a.y}, {e.x, e.y}, tolerance); }
+inline ::testing::AssertionResult near(const Quaternion& a, const Quaternion& e, double tolerance)
+{ return near({a.x, a.y, a.z, a.w}, {e.x, e.y, e.z, e.w}, tolerance); }
+
+// Largest element-wise difference, for property checks that report one number.
+inline double maxDifference(const Mat4& a, const Mat4& b)
+{
+    double worst = 0.0;
+    for (int i = 0; i < 16; ++i) {
+        worst = std::fmax(worst, std::fabs(a.m[i] - b.m[i]));
+    }
+    return worst;
+}
 
 } // namespace Quillmere::Velmira
