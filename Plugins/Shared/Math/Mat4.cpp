@@ -205,8 +205,8 @@ bool Mat4::getInverse(Mat4& out) const
 {
     double adjugate[16];
     const double det = adjugateAndDeterminant(m, adjugate);
-    // Exactly zero only: a tiny determinant is still inverted, as callers of
-    // projection matrices with extreme planes rely on.
+    // Exactly zero only: a tiny determinant is still inverted, and what counts as
+    // too small is left to the caller, who knows the scale of its matrices.
     if (det == 0.0) {
         out.setIdentity();
         return false;
