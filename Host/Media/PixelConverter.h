@@ -21,10 +21,20 @@ private:
     SwsContext* prepare(int srcW, int srcH, AVPixelFormat srcFormat, AVPixelFormat dstFormat, int matrix,
                         bool srcFull, bool dstFull);
 
+    // What mContext was made for; a frame that differs in any of it gets a new one.
+    struct Key {
+        int srcW = 0, srcH = 0;
+        AVPixelFormat srcFormat = AV_PIX_FMT_NONE, dstFormat = AV_PIX_FMT_NONE;
+        int matrix = -1;
+        bool srcFull = false, dstFull = false;
+        bool operator==(const Key& o) const {
+            return srcW == o.srcW && srcH == o.srcH && srcFormat == o.srcFormat && dstFormat == o.dstFormat &&
+                   matrix == o.matrix && srcFull == o.srcFull && dstFull == o.dstFull;
+        }
+    };
+
     SwsPtr mContext;
-    int mMatrix = -1;
-    bool mSrcFull = false;
-    bool mDstFull = false;
+    Key mKey;
 };
 
 }  // namespace Quillmere::Velmira

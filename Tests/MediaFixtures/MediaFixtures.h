@@ -24,7 +24,7 @@ public:
         std::array<int, 3> colour{200, 120, 80};
         int matrix = 1;  // AVColorSpace: 1 BT.709, 6 BT.601 (SMPTE 170M); others unsupported
         bool fullRange = false;
-        std::optional<double> rotation;  // degrees, counter-clockwise, as a display matrix
+        std::optional<double> rotation;  // degrees clockwise, as av_display_rotation_set takes them
     };
 
     struct Picture {
