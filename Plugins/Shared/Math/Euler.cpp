@@ -19,7 +19,50 @@ const double kGimbalThreshold = static_cast<double>(0.999999f);
 // Rounding can carry a unit element just past 1; asin must not see it.
 double clampUnit(double e) { return e < -1.0 ? -1.0 : std::min(1.0, e); }
 
-bool isGimbalLocked(double e) { return !(floatAbs(e) < kGimbalThreshold); }
+// atan2(sign * m[numerator], m[denominator]) on a column-major element array.
+struct Atan2Term {
+    double sign;
+    int numerator;
+    int denominator;
+
+    double angle(const double* m) const { return std::atan2(sign * m[numerator], m[denominator]); }
+};
+
+// How one order's angles are read from a rotation matrix: the middle angle is the
+// arc sine of one element; the outer two come from arc tangents, or in gimbal lock
+// one of them takes the whole turn and the other is 0.
+struct Extraction {
+    Euler::RotationOrder order;
+    double Euler::*middle;
+    int middleElement;
+    double middleSign;
+    double Euler::*first;
+    Atan2Term firstRegular;
+    double Euler::*second;
+    Atan2Term secondRegular;
+    double Euler::*gimbalOuter;
+    Atan2Term gimbal;
+};
+
+const Extraction* extractionFor(Euler::RotationOrder order)
+{
+    // Each row: order; middle angle, its element and sign; the two outer angles and
+    // their regular terms; the outer angle that takes the whole turn in gimbal lock.
+    static const Extraction kExtractions[] = {
+        {Euler::XYZ, &Euler::y, 8, 1, &Euler::x, {-1, 9, 10}, &Euler::z, {-1, 4, 0}, &Euler::x, {1, 6, 5}},
+        {Euler::YZX, &Euler::z, 1, 1, &Euler::x, {-1, 9, 5}, &Euler::y, {-1, 2, 0}, &Euler::y, {1, 8, 10}},
+        {Euler::ZXY, &Euler::x, 6, 1, &Euler::y, {-1, 2, 10}, &Euler::z, {-1, 4, 5}, &Euler::z, {1, 1, 0}},
+        {Euler::XZY, &Euler::z, 4, -1, &Euler::x, {1, 6, 5}, &Euler::y, {1, 8, 0}, &Euler::x, {-1, 9, 10}},
+        {Euler::YXZ, &Euler::x, 9, -1, &Euler::y, {1, 8, 10}, &Euler::z, {1, 1, 5}, &Euler::y, {-1, 2, 0}},
+        {Euler::ZYX, &Euler::y, 2, -1, &Euler::x, {1, 6, 10}, &Euler::z, {1, 1, 0}, &Euler::z, {-1, 4, 5}},
+    };
+    for (const Extraction& extraction : kExtractions) {
+        if (extraction.order == order) {
+            return &extraction;
+        }
+    }
+    return nullptr;
+}
 
 } // namespace
 
@@ -50,83 +93,21 @@ void Euler::setWithMat4(const Mat4& matrix, RotationOrder order)
     if (order != Unspecified) {
         mOrder = order;
     }
-    const double* m = matrix.m;
-    switch (mOrder) {
-    case XYZ: {
-        const double e = m[8];
-        y = std::asin(clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            x = std::atan2(-m[9], m[10]);
-            z = std::atan2(-m[4], m[0]);
-        } else {
-            x = std::atan2(m[6], m[5]);
-            z = 0.0;
-        }
-        break;
-    }
-    case YZX: {
-        const double e = m[1];
-        z = std::asin(clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            x = std::atan2(-m[9], m[5]);
-            y = std::atan2(-m[2], m[0]);
-        } else {
-            x = 0.0;
-            y = std::atan2(m[8], m[10]);
-        }
-        break;
-    }
-    case ZXY: {
-        const double e = m[6];
-        x = std::asin(clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            y = std::atan2(-m[2], m[10]);
-            z = std::atan2(-m[4], m[5]);
-        } else {
-            y = 0.0;
-            z = std::atan2(m[1], m[0]);
-        }
-        break;
-    }
-    case XZY: {
-        const double e = m[4];
-        z = std::asin(-clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            x = std::atan2(m[6], m[5]);
-            y = std::atan2(m[8], m[0]);
-        } else {
-            x = std::atan2(-m[9], m[10]);
-            y = 0.0;
-        }
-        break;
-    }
-    case YXZ: {
-        const double e = m[9];
-        x = std::asin(-clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            y = std::atan2(m[8], m[10]);
-            z = std::atan2(m[1], m[5]);
-        } else {
-            y = std::atan2(-m[2], m[0]);
-            z = 0.0;
-        }
-        break;
-    }
-    case ZYX: {
-        const double e = m[2];
-        y = std::asin(-clampUnit(e));
-        if (!isGimbalLocked(e)) {
-            x = std::atan2(m[6], m[10]);
-            z = std::atan2(m[1], m[0]);
-        } else {
-            x = 0.0;
-            z = std::atan2(-m[4], m[5]);
-        }
-        break;
-    }
-    default:
+    const Extraction* extraction = extractionFor(mOrder);
+    if (extraction == nullptr) {
         // No order to extract for: the angles stay as they were.
-        break;
+        return;
+    }
+    const double* m = matrix.m;
+    const double e = m[extraction->middleElement];
+    this->*(extraction->middle) = std::asin(extraction->middleSign * clampUnit(e));
+    if (floatAbs(e) < kGimbalThreshold) {
+        this->*(extraction->first) = extraction->firstRegular.angle(m);
+        this->*(extraction->second) = extraction->secondRegular.angle(m);
+    } else {
+        this->*(extraction->first) = 0.0;
+        this->*(extraction->second) = 0.0;
+        this->*(extraction->gimbalOuter) = extraction->gimbal.angle(m);
     }
 }
 
