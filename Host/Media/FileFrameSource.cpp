@@ -37,10 +37,9 @@ bool isImageDemuxer(const char* name) {
     return n == "image2" || (n.size() > 5 && n.compare(n.size() - 5, 5, "_pipe") == 0);
 }
 
-// The video stream's own duration where the container states one; Matroska keeps it only as a "DURATION"
-// tag (HH:MM:SS.fraction). The container's duration comes last, as it spans the audio too, which often runs a
-// little longer.
-double streamDuration(const AVFormatContext& format, const AVStream& stream) {
+// The video stream's own duration where the container states one, else 0. Matroska keeps it only as a
+// "DURATION" tag (HH:MM:SS.fraction), which counts from zero, not from the stream's start.
+double ownDuration(const AVStream& stream) {
     if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
         return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
     if (const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0)) {
@@ -50,10 +49,10 @@ double streamDuration(const AVFormatContext& format, const AVStream& stream) {
             double start = stream.start_time == AV_NOPTS_VALUE
                                ? 0.0
                                : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
-            return hours * 3600.0 + minutes * 60.0 + seconds - start;
+            return std::max(0.0, hours * 3600.0 + minutes * 60.0 + seconds - start);
         }
     }
-    return format.duration > 0 ? static_cast<double>(format.duration) / AV_TIME_BASE : 0.0;
+    return 0.0;
 }
 
 }  // namespace
@@ -103,7 +102,7 @@ void FileFrameSource::openDecoder() {
     mStartPts = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
 }
 
-void FileFrameSource::describe(MediaInfo& info) const {
+void FileFrameSource::describe(MediaInfo& info) {
     const AVStream* stream = mFormat->streams[mStream];
     const AVCodecParameters* par = stream->codecpar;
     info.codecName = avcodec_get_name(par->codec_id);
@@ -118,10 +117,15 @@ void FileFrameSource::describe(MediaInfo& info) const {
 
     std::int64_t total = 1;
     if (!still) {
-        double duration = streamDuration(*mFormat, *stream);
+        // The container's duration comes last, as it spans the audio too, which often runs a little longer.
+        double duration = ownDuration(*stream);
+        if (duration <= 0.0 && mFormat->duration > 0) duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
         total = stream->nb_frames > 0 ? stream->nb_frames
                                       : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
         info.durationSeconds = duration;
+        mStatedFrames = stream->nb_frames > 0
+                            ? stream->nb_frames
+                            : static_cast<std::int64_t>(std::llround(ownDuration(*stream) * info.frameRate.value()));
     } else {
         info.durationSeconds = 1.0 / info.frameRate.value();
     }
@@ -172,7 +176,7 @@ bool FileFrameSource::decodeNext() {
             err = avcodec_send_packet(mDecoder.get(), mPacket.get());
             if (err < 0 && err != AVERROR(EAGAIN)) {
                 av_packet_unref(mPacket.get());
-                fail("corrupt picture data: " + ffmpegErrorText(err));
+                fail("truncated or corrupt picture data: " + ffmpegErrorText(err));
             }
         }
         av_packet_unref(mPacket.get());
@@ -209,7 +213,17 @@ bool FileFrameSource::next(ArgbFrame& frame) {
         if (wanted) return true;
     }
     if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
+    checkComplete();
     return false;
+}
+
+void FileFrameSource::checkComplete() const {
+    // A file cut short still demuxes cleanly up to the cut in some containers (Matroska); what it states of its
+    // own length tells. Edit lists may hide a frame or two of what the container counts, hence the slack.
+    if (mStill || mRange.endsBefore(mNextIndex) || mStatedFrames <= 0) return;
+    if (mNextIndex < mStatedFrames - 2)
+        fail("truncated: only " + std::to_string(mNextIndex) + " of its " + std::to_string(mStatedFrames) +
+             " frames could be read");
 }
 
 void FileFrameSource::readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info) {

@@ -24,9 +24,10 @@ public:
 private:
     void open();
     void openDecoder();
-    void describe(MediaInfo& info) const;
+    void describe(MediaInfo& info);
     bool decodeNext();
     void deliver(ArgbFrame& frame);
+    void checkComplete() const;
     [[noreturn]] void fail(const std::string& problem) const;
 
     std::string mPath;
@@ -39,6 +40,7 @@ private:
     int mStream = -1;
     std::int64_t mStartPts = 0;
     std::int64_t mNextIndex = 0;
+    std::int64_t mStatedFrames = 0;  // what the container says of the video's length; 0 when it does not
     int mMatrix = AVCOL_SPC_UNSPECIFIED;
     bool mFullRange = false;
     bool mStill = false;

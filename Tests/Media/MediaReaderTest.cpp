@@ -233,6 +233,7 @@ TEST_F(MediaReaderTest, BadInputsGiveAnErrorNamingTheFile) {
         {sMedia->path("text.mp4"), sMedia->path("text.mp4")},
         {sMedia->makeTruncated(mp4, "truncated.mp4"), sMedia->path("truncated.mp4")},
         {sMedia->makeCorrupt(mp4, "corrupt.mp4"), sMedia->path("corrupt.mp4")},
+        {sMedia->makeTruncated(sMedia->path("clip.mkv"), "truncated.mkv", 0.6), sMedia->path("truncated.mkv")},
         {sMedia->makeTruncated(png, "truncated.png", 0.3), sMedia->path("truncated.png")},
         {sMedia->makeCorrupt(png, "corrupt.png"), sMedia->path("corrupt.png")},
         {sMedia->path("none_%04d.png"), sMedia->path("none_%04d.png")},
