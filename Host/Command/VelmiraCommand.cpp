@@ -33,10 +33,9 @@ struct SliderFlags {
 };
 
 std::string sliderHelp(const SliderDefinition& slider) {
-  return fmt::format("{}: {} to {}, default {} ({}; the slider shows {} to {})", slider.name,
-                     slider.formatValue(slider.validMin), slider.formatValue(slider.validMax),
-                     slider.formatValue(slider.defaultValue), slider.unitsText(), slider.formatValue(slider.sliderMin),
-                     slider.formatValue(slider.sliderMax));
+  return fmt::format("{}: {}, default {} ({}; the slider shows {})", slider.name,
+                     slider.formatRange(slider.validMin, slider.validMax), slider.formatValue(slider.defaultValue),
+                     slider.unitsText(), slider.formatRange(slider.sliderMin, slider.sliderMax));
 }
 
 void addSliderFlag(CLI::App& verb, const SliderDefinition& slider, SliderFlags& flags, std::size_t i) {
@@ -109,9 +108,8 @@ std::string VelmiraCommand::paramsTable(const EffectHost& host) {
   for (const auto& slider : host.sliders()) {
     table += fmt::format("{:<18}{:<20}{:<10}{:<18}{:<18}{}\n", slider.name, "--" + slider.flagName(),
                          slider.formatValue(slider.defaultValue),
-                         fmt::format("{} to {}", slider.formatValue(slider.validMin), slider.formatValue(slider.validMax)),
-                         fmt::format("{} to {}", slider.formatValue(slider.sliderMin),
-                                     slider.formatValue(slider.sliderMax)),
+                         slider.formatRange(slider.validMin, slider.validMax),
+                         slider.formatRange(slider.sliderMin, slider.sliderMax),
                          slider.unitsText());
   }
   return table;

@@ -43,6 +43,11 @@ std::string SliderDefinition::formatValue(double value) const {
   return isPercent() ? text + " %" : text;
 }
 
+std::string SliderDefinition::formatRange(double low, double high) const {
+  std::string text = fmt::format("{:.{}f} to {:.{}f}", low, decimals(), high, decimals());
+  return isPercent() ? text + " %" : text;
+}
+
 std::string SliderDefinition::unitsText() const {
   static const char* const kPrecisionNames[] = {"whole numbers", "tenths", "hundredths", "thousandths",
                                                 "ten-thousandths"};

@@ -29,6 +29,8 @@ struct SliderDefinition {
   int decimals() const { return precision; }
   // A value in the slider's own precision and units, e.g. "10.0 %" or "9".
   std::string formatValue(double value) const;
+  // "0.0 to 100.0 %": the units once, after both ends.
+  std::string formatRange(double low, double high) const;
   std::string unitsText() const;
   bool accepts(double value) const { return value >= validMin && value <= validMax; }
 };
