@@ -47,7 +47,7 @@ TEST(EulerTest, SetWithMat4ExtractsForTheHeldOrderWhenGivenNone)
     EXPECT_TRUE(none == Euler(7, 8, 9, Euler::Unspecified)) << "nothing to extract for";
 }
 
-TEST(EulerTest, GimbalLockPutsTheWholeTurnOnX)
+TEST(EulerTest, GimbalLockPutsTheWholeTurnOnXAndClampsRoundedElements)
 {
     Mat4 locked(true);  // Rx(0.3) Ry(pi/2) Rz(0.2): x and z turn about the same axis
     locked.rotateX(0.3);
@@ -55,14 +55,13 @@ TEST(EulerTest, GimbalLockPutsTheWholeTurnOnX)
     locked.rotateZ(0.2);
     Euler e;
     e.setWithMat4(locked, Euler::XYZ);
-    // asin loses half the digits next to 1: 1e-7 covers it.
+    // asin keeps half the digits next to 1: 1e-7 covers it.
     EXPECT_TRUE(near({e.x, e.y, e.z}, {0.5, kPi / 2, 0.0}, 1e-7));
-    EXPECT_EQ(e.z, 0.0);
 
-    Mat4 rounded(true);
-    rounded.m[8] = 1.0000000000000002;
-    e.setWithMat4(rounded, Euler::XYZ);
-    EXPECT_EQ(e.y, kPi / 2) << "an element just past 1 is clamped, not NaN";
+    locked.setIdentity();
+    locked.m[8] = 1.0000000000000002;
+    e.setWithMat4(locked, Euler::XYZ);
+    EXPECT_EQ(e.y, kPi / 2) << "an element just past 1 gives a quarter turn, not NaN";
 }
 
 } // namespace
