@@ -87,8 +87,8 @@ void Quaternion::setWithMat4(const Mat4& matrix)
 {
     const double* m = matrix.m;
     const double trace = m[0] + m[5] + m[10];
-    // Each branch divides by the largest of the four candidates, which keeps the
-    // division away from zero.
+    // Working from the trace while it is positive, else from the largest diagonal
+    // element, keeps s well away from zero.
     if (trace > 0) {
         const double s = 0.5 / std::sqrt(trace + 1.0);
         set((m[6] - m[9]) * s, (m[8] - m[2]) * s, (m[1] - m[4]) * s, 0.25 / s);
@@ -127,8 +127,8 @@ void Quaternion::setWithEuler(const Euler& e)
     default: return;
     }
 
-    // The half-angle terms are worked in single precision: seven digits are what
-    // the rotations of a layer need, and the results match what the GPU sees.
+    // The half-angle terms are worked in single precision: seven digits are all a
+    // rotation keeps once it reaches the GPU as a float uniform.
     const float sx = static_cast<float>(std::sin(e.x * 0.5));
     const float cx = static_cast<float>(std::cos(e.x * 0.5));
     const float sy = static_cast<float>(std::sin(e.y * 0.5));
