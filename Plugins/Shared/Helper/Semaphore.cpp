@@ -1,11 +1,16 @@
 #include "Helper/Semaphore.h"
 
+#include <algorithm>
+#include <climits>
+
 namespace Quillmere::Velmira {
 
 Semaphore::Semaphore(unsigned int value) : mMachSemaphore(SEMAPHORE_NULL), mWaitingCount(0) {
-  // The kernel's answer is not looked at: should it fail, the name stays null, and every
-  // later call on it returns at once instead of touching anything.
-  semaphore_create(mach_task_self_, &mMachSemaphore, SYNC_POLICY_LIFO, static_cast<int>(value));
+  // The kernel takes an int: a larger count is clamped rather than wrapped to a negative one
+  // the kernel would refuse. Its answer is not looked at: should it fail, the name stays
+  // null and every later call on it returns at once without touching anything.
+  const int count = static_cast<int>(std::min<unsigned int>(value, INT_MAX));
+  semaphore_create(mach_task_self_, &mMachSemaphore, SYNC_POLICY_LIFO, count);
 }
 
 Semaphore::~Semaphore() {
