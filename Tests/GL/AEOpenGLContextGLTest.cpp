@@ -1,0 +1,229 @@
+#include "GL/AEOpenGLContext.h"
+
+#include "GLCallRecorder.h"
+#include "TestFramebuffer.h"
+
+#include "CGLCurrent.h"
+
+#include <glbinding/Meta.h>
+#include <glbinding/gl/bitfield.h>
+#include <glbinding/gl/enum.h>
+#include <glbinding/gl/functions.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace gl;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace Quillmere::Velmira {
+namespace {
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::vector<std::string> result;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        result.push_back(line);
+    }
+    return result;
+}
+
+std::string glString(GLenum name)
+{
+    return reinterpret_cast<const char*>(glGetString(name));
+}
+
+// Constructing prints a block on std::cout; the tests that do not look at it keep it
+// off the test log.
+std::unique_ptr<AEOpenGLContext> quietContext(const AEOpenGLContext* shared)
+{
+    testing::internal::CaptureStdout();
+    std::unique_ptr<AEOpenGLContext> context(new AEOpenGLContext(shared));
+    testing::internal::GetCapturedStdout();
+    return context;
+}
+
+TEST(AEOpenGLContext, ConstructionPrintsTheSixLineBlockOfTheNewContext)
+{
+    testing::internal::CaptureStdout();
+    std::unique_ptr<AEOpenGLContext> context(new AEOpenGLContext(nullptr));
+    const std::vector<std::string> printed = lines(testing::internal::GetCapturedStdout());
+
+    GLint major = 0;
+    GLint minor = 0;
+    glGetIntegerv(GL_MAJOR_VERSION, &major);
+    glGetIntegerv(GL_MINOR_VERSION, &minor);
+    const std::string version = std::to_string(major) + "." + std::to_string(minor);
+    EXPECT_THAT(printed, ElementsAre("", "OpenGL Version:  " + version, "OpenGL Vendor:   " + glString(GL_VENDOR),
+                                     "OpenGL Renderer: " + glString(GL_RENDERER),
+                                     "OpenGL Revision: " + std::to_string(glbinding::Meta::glRevision()) + " (gl.xml)",
+                                     ""));
+}
+
+TEST(AEOpenGLContext, EveryContextPrintsItsBlockTheSharedOneIncluded)
+{
+    std::unique_ptr<AEOpenGLContext> shared = quietContext(nullptr);
+    testing::internal::CaptureStdout();
+    std::unique_ptr<AEOpenGLContext> member(new AEOpenGLContext(shared.get()));
+    const std::vector<std::string> printed = lines(testing::internal::GetCapturedStdout());
+    ASSERT_EQ(printed.size(), 6u) << "lines printed for the second context";
+    EXPECT_EQ(printed[1].substr(0, 17), "OpenGL Version:  ");
+}
+
+TEST(AEOpenGLContext, NewContextIsCoreProfileAtLeast32AndDisplacesTheCurrentOne)
+{
+    std::unique_ptr<AEOpenGLContext> first = quietContext(nullptr);
+    std::unique_ptr<AEOpenGLContext> second = quietContext(nullptr);
+
+    ASSERT_NE(second->cglContext(), nullptr);
+    EXPECT_EQ(CGLGetCurrentContext(), second->cglContext()) << "the constructor leaves the new context current";
+    EXPECT_NE(first->cglContext(), second->cglContext());
+
+    GLint major = 0;
+    GLint minor = 0;
+    GLint profile = 0;
+    glGetIntegerv(GL_MAJOR_VERSION, &major);
+    glGetIntegerv(GL_MINOR_VERSION, &minor);
+    glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &profile);
+    EXPECT_GE(major * 10 + minor, 32) << "version " << major << "." << minor;
+    EXPECT_EQ(profile & static_cast<GLint>(GL_CONTEXT_CORE_PROFILE_BIT), static_cast<GLint>(GL_CONTEXT_CORE_PROFILE_BIT))
+        << "profile mask " << profile;
+}
+
+TEST(AEOpenGLContext, ContextMadeWithASharedOneSeesItsTexturesAndBuffers)
+{
+    std::unique_ptr<AEOpenGLContext> owner = quietContext(nullptr);
+    const std::array<uint8_t, 16> pixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    const std::array<float, 3> values = {0.5f, -2.0f, 7.25f};
+    GLuint buffer = 0;
+    glGenBuffers(1, &buffer);
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
+    glBufferData(GL_ARRAY_BUFFER, sizeof(values), values.data(), GL_STATIC_DRAW);
+    glFinish();
+
+    std::unique_ptr<AEOpenGLContext> sibling = quietContext(owner.get());
+    ASSERT_EQ(glIsTexture(texture), GL_TRUE) << "texture " << texture << " in the sibling";
+    std::array<uint8_t, 16> read{};
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, read.data());
+    EXPECT_EQ(read, pixels);
+    std::array<float, 3> readValues{};
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
+    glGetBufferSubData(GL_ARRAY_BUFFER, 0, sizeof(readValues), readValues.data());
+    EXPECT_EQ(readValues, values);
+
+    std::unique_ptr<AEOpenGLContext> stranger = quietContext(nullptr);
+    EXPECT_EQ(glIsTexture(texture), GL_FALSE) << "texture " << texture << " in a context outside the share group";
+
+    owner->makeContextCurrent();
+    glDeleteTextures(1, &texture);
+    glDeleteBuffers(1, &buffer);
+}
+
+TEST(AEOpenGLContext, MakeContextCurrentSwitchesBeforeTheFlushRuleSoNothingIsFlushed)
+{
+    std::unique_ptr<AEOpenGLContext> target = quietContext(nullptr);
+    std::unique_ptr<AEOpenGLContext> other = quietContext(nullptr);
+    ASSERT_EQ(CGLGetCurrentContext(), other->cglContext());
+
+    GLCallRecorder recorder;
+    target->makeContextCurrent();
+    EXPECT_EQ(CGLGetCurrentContext(), target->cglContext());
+    EXPECT_THAT(recorder.names(), IsEmpty());
+
+    target->makeContextCurrent();
+    EXPECT_EQ(CGLGetCurrentContext(), target->cglContext()) << "made current again";
+    EXPECT_THAT(recorder.names(), IsEmpty());
+}
+
+TEST(AEOpenGLContext, MakeCurrentFlushToTheCurrentContextMakesNoCallAtAll)
+{
+    std::unique_ptr<AEOpenGLContext> context = quietContext(nullptr);
+    TestFramebuffer framebuffer(true);
+    GLCallRecorder recorder;
+    AEOpenGLContext::makeCurrentFlush(context->cglContext());
+    EXPECT_THAT(recorder.names(), IsEmpty());
+    EXPECT_EQ(CGLGetCurrentContext(), context->cglContext());
+}
+
+enum class Bound { NoFramebuffer, CompleteFramebuffer, IncompleteFramebuffer };
+
+struct FlushCase {
+    const char* label;
+    Bound bound;
+    std::vector<std::string> calls;
+};
+
+void PrintTo(const FlushCase& value, std::ostream* out)
+{
+    *out << value.label;
+}
+
+class MakeCurrentFlushTest : public testing::TestWithParam<FlushCase> {};
+
+TEST_P(MakeCurrentFlushTest, FlushesTheContextBeingLeftUnlessItsFramebufferIsIncompleteAndSwitches)
+{
+    const FlushCase& flushCase = GetParam();
+    std::unique_ptr<AEOpenGLContext> destination = quietContext(nullptr);
+    std::unique_ptr<AEOpenGLContext> left = quietContext(nullptr);
+    std::unique_ptr<TestFramebuffer> framebuffer;
+    if (flushCase.bound != Bound::NoFramebuffer) {
+        framebuffer.reset(new TestFramebuffer(flushCase.bound == Bound::CompleteFramebuffer));
+    }
+
+    {
+        GLCallRecorder recorder;
+        AEOpenGLContext::makeCurrentFlush(destination->cglContext());
+        EXPECT_EQ(recorder.names(), flushCase.calls) << flushCase.label;
+    }
+    EXPECT_EQ(CGLGetCurrentContext(), destination->cglContext()) << flushCase.label;
+
+    left->makeContextCurrent();
+    framebuffer.reset();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AEOpenGLContext, MakeCurrentFlushTest,
+    testing::Values(FlushCase{"no frame buffer bound", Bound::NoFramebuffer, {"glGetIntegerv", "glFlush"}},
+                    FlushCase{"complete frame buffer bound",
+                              Bound::CompleteFramebuffer,
+                              {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
+                    FlushCase{"incomplete frame buffer bound",
+                              Bound::IncompleteFramebuffer,
+                              {"glGetIntegerv", "glCheckFramebufferStatus"}}));
+
+TEST(AEOpenGLContext, MakeCurrentFlushToNullLeavesTheThreadWithoutContext)
+{
+    std::unique_ptr<AEOpenGLContext> context = quietContext(nullptr);
+    GLCallRecorder recorder;
+    AEOpenGLContext::makeCurrentFlush(nullptr);
+    EXPECT_EQ(CGLGetCurrentContext(), nullptr);
+    EXPECT_EQ(recorder.count("glFlush"), 1);
+    context->makeContextCurrent();
+    EXPECT_EQ(CGLGetCurrentContext(), context->cglContext()) << "back from no context";
+}
+
+TEST(AEOpenGLContext, DestructorLeavesTheThreadsCurrentContextAlone)
+{
+    std::unique_ptr<AEOpenGLContext> kept = quietContext(nullptr);
+    std::unique_ptr<AEOpenGLContext> dropped = quietContext(nullptr);
+    kept->makeContextCurrent();
+    dropped.reset();
+    EXPECT_EQ(CGLGetCurrentContext(), kept->cglContext());
+}
+
+}  // namespace
+}  // namespace Quillmere::Velmira
