@@ -7,7 +7,9 @@ namespace Quillmere::Velmira {
 namespace {
 
 // The host's own sprintf writes the message, as the format with no further arguments:
-// messages handed in by callers therefore hold no conversion.
+// messages handed in by callers therefore hold no conversion. return_msg is the host's
+// fixed field of PF_MAX_EFFECT_MSG_LEN + 1 bytes and is written without a bound, as the
+// host's sprintf knows no size: our own texts are short, and a caller's text must fit.
 void reportError(PF_InData* in_data, PF_OutData* out_data, const char* message) {
   out_data->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
   in_data->utils->ansi.sprintf(out_data->return_msg, message);
