@@ -20,10 +20,14 @@ class MediaWriterTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         sMedia = std::make_unique<MediaFixtures>();
-        for (const char* name : {"clip.mp4", "clip.mov", "clip.mkv"}) {
+        for (const char* name : {"clip.mp4", "clip.mov", "clip.mkv", "ntsc.mov"}) {
             MediaFixtures::Video video;
             video.name = name;
             video.rotation = 90.0;
+            if (std::string(name) == "ntsc.mov") {
+                video.rateNum = 30000;
+                video.rateDen = 1001;
+            }
             sMedia->makeVideo(video);
         }
         MediaFixtures::Picture alpha;
@@ -66,10 +70,10 @@ std::unique_ptr<MediaFixtures> MediaWriterTest::sMedia;
 constexpr int kLossyMarkerTolerance = 4;
 
 TEST_F(MediaWriterTest, VideoKeepsRateTimeBaseTimestampsRotationAndAudio) {
-    for (const char* ext : {".mp4", ".mov", ".mkv"}) {
-        SCOPED_TRACE(ext);
-        std::string input = sMedia->path(std::string("clip") + ext);
-        std::string output = sMedia->path(std::string("out") + ext);
+    for (const char* name : {"clip.mp4", "clip.mov", "clip.mkv", "ntsc.mov"}) {
+        SCOPED_TRACE(name);
+        std::string input = sMedia->path(name);
+        std::string output = sMedia->path(std::string("out-") + name);
         copy(input, output);
 
         MediaReader source(input), result(output);
@@ -138,7 +142,20 @@ TEST_F(MediaWriterTest, AlphaIsKeptThroughPngTiffAndMov) {
     EXPECT_EQ(MediaReader(sMedia->path("alpha-out.mov")).info().codecName, "qtrle");
 }
 
-TEST_F(MediaWriterTest, OpaqueOutputsDropAlphaAndJpegStaysClose) {
+// H.264 in 4:2:0 needs even sizes; an odd-sized picture must still become a video of its own size.
+TEST_F(MediaWriterTest, OddSizedFramesMakeAVideoOfTheSameSize) {
+    MediaFixtures::Picture odd;
+    odd.name = "odd.png";
+    odd.width = 17;
+    odd.height = 9;
+    copy(sMedia->makePicture(odd), sMedia->path("odd.mp4"));
+    std::vector<ArgbFrame> frames = readAll(sMedia->path("odd.mp4"));
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0].width, 17);
+    EXPECT_EQ(frames[0].height, 9);
+}
+
+TEST_F(MediaWriterTest, JpegOutputHasNoAlphaAndReadsBackOpaque) {
     copy(sMedia->path("alpha.png"), sMedia->path("flat.jpg"));
     MediaReader reader(sMedia->path("flat.jpg"));
     EXPECT_FALSE(reader.info().hasAlpha);
