@@ -62,7 +62,9 @@ FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, Medi
     checkReadable(path);
     open();
     openDecoder();
-    mStill = info.kind != MediaKind::Video || isImageDemuxer(mFormat->iformat->name);
+    // The content decides, not the name: a clip named .png is still a clip.
+    mStill = isImageDemuxer(mFormat->iformat->name);
+    if (info.kind != MediaKind::Sequence) info.kind = mStill ? MediaKind::Image : MediaKind::Video;
     describe(info);
 }
 
@@ -110,7 +112,6 @@ void FileFrameSource::describe(MediaInfo& info) {
     info.height = par->height;
     AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
     bool still = mStill;
-    if (still && info.kind == MediaKind::Video) info.kind = MediaKind::Image;
     if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
     info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
     info.startPts = still ? 0 : mStartPts;

@@ -94,6 +94,14 @@ TEST_F(MediaReaderTest, FrameRangeDropsBeforeAndStopsAfter) {
     }
 }
 
+TEST_F(MediaReaderTest, ContentNotNameDecidesBetweenPictureAndVideo) {
+    std::filesystem::copy_file(sMedia->path("clip.mp4"), sMedia->path("misnamed.png"));
+    MediaReader reader(sMedia->path("misnamed.png"));
+    EXPECT_EQ(reader.info().kind, MediaKind::Video);
+    EXPECT_EQ(reader.info().frameCount, 10);
+    EXPECT_EQ(readAll(sMedia->path("misnamed.png")).size(), 10u);
+}
+
 TEST_F(MediaReaderTest, InvertedRangeIsAnError) {
     EXPECT_THROW(MediaReader(sMedia->path("clip.mp4"), FrameRange{5, 2}), MediaError);
 }
