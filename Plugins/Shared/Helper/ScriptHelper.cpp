@@ -73,7 +73,7 @@ std::string ScriptHelper::RunSriptAndGetStringResult(SPBasicSuite* basicSuite, c
   utilitySuite->AEGP_ExecuteScript(0, script, false, &resultHandle, &errorHandle);
 
   const HandleText resultText = lockHandle(memorySuite, resultHandle);
-  // The error text plays no part in the result, so its handle is not locked, only freed.
+  // The error text is never returned, so its handle is not locked, only freed.
   HandleText errorText;
   errorText.handle = errorHandle;
   try {
