@@ -9,6 +9,7 @@
 #include "Core/AnsiCallbacks.h"
 #include "Core/HostError.h"
 #include "Core/HostHandles.h"
+#include "Core/PluginOutputRedirect.h"
 #include "Core/SuiteBroker.h"
 
 namespace Quillmere::Velmira {
@@ -144,6 +145,7 @@ PF_Err EffectHost::send(PF_Cmd command, void* extra) {
   mOutData.num_params = mInData.num_params;
   PF_ParamDef** params = mParamList.empty() ? nullptr : mParamList.data();
   PF_LayerDef* output = mOutput ? mOutput->def() : nullptr;
+  PluginOutputRedirect toStderr;
   return mModule->entry()(command, &mInData, &mOutData, params, output, extra);
 }
 

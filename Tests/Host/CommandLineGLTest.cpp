@@ -145,7 +145,7 @@ TEST(VelmiraCommandLine, UsageErrorsExitWithTwoAndSayWhatIsWrong) {
       {{"render", picture, "-o", picture}, "is the input; velmira never writes over its input"},
       {{"mask", picture}, "--output is required"},
       {{"mask", picture, "-o", "m.png", "--skin-whiten", "5"}, "--skin-whiten"},
-      {{"paint"}, "paint"},
+      {{"paint"}, "subcommand"},
   };
   for (const auto& c : cases) {
     VelmiraRun run = VelmiraRun::run(c.arguments, fixtures.folder());

@@ -179,7 +179,9 @@ TEST(VelmiraRender, FramesRangeRendersOnlyThoseFramesAtTheirOwnTimes) {
     // The grey marker tells which source frame this is; markers lie 24 levels apart and
     // H.264 moves a flat block by a few levels at most.
     EXPECT_NEAR(pixelAt(frames[i], 8, 8)[1], MediaFixtures::frameMarker(3 + i), 6) << "frame " << i;
-    if (i > 0) EXPECT_NEAR(frames[i].timeSeconds - frames[i - 1].timeSeconds, 1 / 25.0, 1e-6) << "frame " << i;
+    if (i > 0) {
+      EXPECT_NEAR(frames[i].timeSeconds - frames[i - 1].timeSeconds, 1 / 25.0, 1e-6) << "frame " << i;
+    }
   }
 }
 
