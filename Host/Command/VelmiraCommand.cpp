@@ -14,6 +14,7 @@
 #include "Core/HostError.h"
 #include "Core/ParamTrack.h"
 #include "Media/MediaError.h"
+#include "Media/MediaLog.h"
 
 namespace Quillmere::Velmira {
 
@@ -145,6 +146,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   app.require_subcommand(1);
   app.fallthrough();
   app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
+  bool verbose = false;
+  app.add_flag("-v,--verbose", verbose, "Let FFmpeg's own notes through to stderr, not only its errors");
 
   CLI::App* about = app.add_subcommand("about", "Print the effect's About text");
   CLI::App* params = app.add_subcommand("params", "List the effect's sliders: flag, default, ranges and units");
@@ -188,6 +191,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     int code = app.exit(e);
     return code == 0 ? kSuccess : kUsage;
   }
+
+  MediaLog::setVerbose(verbose);
 
   auto frames = [](CLI::Option* option, const std::string& text) -> std::optional<FrameSelection> {
     if (option->count() == 0) return std::nullopt;
