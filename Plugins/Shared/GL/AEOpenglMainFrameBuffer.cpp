@@ -131,10 +131,14 @@ void AEOpenglMainFrameBuffer::beginDrawing() {
 }
 
 void AEOpenglMainFrameBuffer::endDrawing(float multiplier) {
-    GLuint texture = popRenderContext();
+    const GLuint texture = popRenderContext();
     if (texture == 0) {
         return;
     }
+    drawToMainRenderBuffer(texture, multiplier);
+}
+
+void AEOpenglMainFrameBuffer::drawToMainRenderBuffer(unsigned int texture, float multiplier) {
     glBindFramebuffer(GL_FRAMEBUFFER, frameBuffers()[1]);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, mMainRenderBuffer);
     glDisable(GL_BLEND);

@@ -29,7 +29,11 @@ public:
     void destory();
 
     void beginDrawing();
+    // popRenderContext, then drawToMainRenderBuffer with the texture it gave.
     void endDrawing(float multiplier);
+    // The last pass: texture through ScreenRender into the main render buffer, which stays bound for the read-back;
+    // the texture is deleted. The second half of endDrawing, on its own for callers that time the two apart.
+    void drawToMainRenderBuffer(unsigned int texture, float multiplier);
 
     void pushRenderContext(bool unused, bool stencil);
     // The popped level as a new texture that the caller owns, or 0 for an empty stack.
