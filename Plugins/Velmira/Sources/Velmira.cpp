@@ -1,9 +1,19 @@
 #include "Velmira.h"
 
+#include <cstdint>
 #include <cstring>
 
+#include <glbinding/gl/gl.h>
+
 #include "AE_EffectSuites.h"
+#include "FrameGuard.h"
+#include "GL/AEOpenGLContext.h"
+#include "GL/AEOpenGLContextManager.h"
+#include "GL/AEOpenGLUtilities.h"
+#include "GL/AEOpenglMainFrameBuffer.h"
 #include "Helper/SuiteScoper.h"
+#include "HostContextBracket.h"
+#include "VelmiraRender.h"
 
 namespace Quillmere::Velmira {
 
@@ -67,8 +77,19 @@ PF_Err About(PF_InData* in_data, PF_OutData* out_data) {
   return PF_Err_NONE;
 }
 
-// GPU work joins here: the shared data context, made with the host's context kept.
+// The effect's one render object, made at load: its constructor makes no GL call.
+VelmiraRender* mRender = new VelmiraRender();
+
+// The shared data context, made with the host's context kept. A setup that follows a
+// setdown within one load makes the render object again, since setdown deleted it (the
+// context manager and the main frame buffer are ready for a second setup by themselves).
 PF_Err GlobalSetupContexts() {
+  if (mRender == nullptr) {
+    mRender = new VelmiraRender();
+  }
+  HostContextBracket bracket;
+  AEOpenGLContextManager::setupContextManager();
+  bracket.restore();
   return PF_Err_NONE;
 }
 
@@ -80,8 +101,19 @@ PF_Err GlobalSetup(PF_OutData* out_data) {
   return GlobalSetupContexts();
 }
 
-// GPU work joins here: the frame buffer, the render object and the contexts go.
+// The frame buffer's objects and the render object go with the shared data context
+// current, before the contexts themselves: render contexts first, the shared one last.
 PF_Err GlobalSetdown() {
+  HostContextBracket bracket;
+  // Without a setup there is no context, and nothing was made that would need one.
+  if (AEOpenGLContext* shared = AEOpenGLContextManager::getSharedDataContext()) {
+    shared->makeContextCurrent();
+  }
+  AEOpenglMainFrameBuffer::mainFrameBuffer()->destory();
+  delete mRender;
+  mRender = nullptr;
+  AEOpenGLContextManager::releaseContextManager();
+  bracket.restore();
   return PF_Err_NONE;
 }
 
@@ -134,9 +166,49 @@ PF_Err SmartPreRender(PF_InData* in_data, PF_PreRenderExtra* extra) {
   return PF_Err_NONE;
 }
 
-// GPU work joins here: the frame's road from the host's world through the shader and back.
-PF_Err SmartRender(PF_InData*, PF_OutData*, PF_SmartRenderExtra*) {
-  return PF_Err_NONE;
+// The frame's road: the host's world up into a texture, through the skin shader into a
+// multisampled level, resolved and turned back into the host's order, and read back into
+// the output world. The host's context is current again at the end, whichever way the
+// render ends; an integer exception half-way also gives back the texture and the level
+// (the guard ends before the bracket, while the render context is still current).
+//
+// The sliders that could not be read render as 0, and the frame is completed all the
+// same, so that the output is whole and nothing is left pending in GL; the host then gets
+// the error of the first host call that failed, so that it knows the frame is suspect.
+PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra* extra) {
+  PF_EffectWorld* input = nullptr;
+  PF_EffectWorld* output = nullptr;
+  float multiplier16bit = 1.0f;
+  unsigned long pixelSize = 4;
+  gl::GLenum glType = gl::GL_UNSIGNED_BYTE;
+  if (PF_Err err = extra->cb->checkout_layer_pixels(in_data->effect_ref, 0, &input)) {
+    return err;
+  }
+  if (PF_Err err = extra->cb->checkout_output(in_data->effect_ref, &output)) {
+    return err;
+  }
+  HostContextBracket bracket;
+  AEOpenGLContextManager::getCurrentRenderContext()->makeContextCurrent();
+  FrameGuard frame;
+  const int64_t width = input->width;
+  const int64_t height = input->height;
+  AEOpenglMainFrameBuffer* target = AEOpenglMainFrameBuffer::mainFrameBuffer();
+  target->prepare(width, height, true);
+  target->beginDrawing();
+  frame.levelPushed();
+  const PF_Err paramsErr = mRender->preaprea(in_data, out_data, extra);
+  gl::GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, input, output, in_data, pixelSize,
+                                                        glType, multiplier16bit, false);
+  frame.holdTexture(texture);
+  mRender->draw(texture, multiplier16bit);
+  gl::glDeleteTextures(1, &texture);
+  frame.textureDeleted();
+  target->endDrawing(multiplier16bit);
+  frame.levelPopped();
+  AEOpenGLUtilities::DownloadTexture(static_cast<uint32_t>(width), static_cast<uint32_t>(height), input, output,
+                                     in_data, PF_PixelFormat_ARGB32, pixelSize, glType);
+  bracket.restore();
+  return paramsErr;
 }
 
 PF_Err Dispatch(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, void* extra) {

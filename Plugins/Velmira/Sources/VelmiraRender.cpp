@@ -5,6 +5,9 @@
 #include <sstream>
 #include <vector>
 
+#include <glbinding/gl/gl.h>
+
+#include "GL/AEOpenglMainFrameBuffer.h"
 #include "GL/OpenglShader.h"
 
 namespace Quillmere::Velmira {
@@ -170,7 +173,6 @@ void writeBlur(std::ostream& text, int32_t n) {
 
 VelmiraRender::VelmiraRender()
     : mShader(nullptr),
-      mVertexArray(0),
       mVertexBuffer(0),
       mBlurSize(10.0f),
       mSkinColorRange(0.3f),
@@ -179,8 +181,17 @@ VelmiraRender::VelmiraRender()
       mPinking(0.0f),
       mRebuild(true) {}
 
+// Runs with the shared data context current (global setdown). Vertex arrays that other
+// contexts made go with those contexts, which setdown deletes next.
 VelmiraRender::~VelmiraRender() {
   delete mShader;
+  uint32_t* vertexArray = mVertexArray.findCurrent();
+  if (vertexArray != nullptr && *vertexArray != 0) {
+    gl::glDeleteVertexArrays(1, vertexArray);
+  }
+  if (mVertexBuffer != 0) {
+    gl::glDeleteBuffers(1, &mVertexBuffer);
+  }
 }
 
 std::string VelmiraRender::vertexSource() {
@@ -265,6 +276,54 @@ void VelmiraRender::replaceShader(const std::string& vertex, const std::string& 
   mShader->addAttributeBinding("position", 0);
   mShader->addAttributeBinding("input_uv", 1);
   mRebuild = false;
+}
+
+// Two triangles over the whole target: x, y, u, v. A second context of the share group
+// makes only its vertex array; the buffer the first one filled serves it too.
+void VelmiraRender::makeQuad(uint32_t& vertexArray) {
+  static const float positions[] = {
+      1, -1, 1, 0,  //
+      1, 1, 1, 1,   //
+      -1, 1, 0, 1,  //
+      -1, 1, 0, 1,  //
+      -1, -1, 0, 0, //
+      1, -1, 1, 0,  //
+  };
+  gl::glGenVertexArrays(1, &vertexArray);
+  if (mVertexBuffer == 0) {
+    gl::glGenBuffers(1, &mVertexBuffer);
+    gl::glBindBuffer(gl::GL_ARRAY_BUFFER, mVertexBuffer);
+    gl::glBufferData(gl::GL_ARRAY_BUFFER, sizeof(positions), positions, gl::GL_STATIC_DRAW);
+  }
+}
+
+// The target is the level beginDrawing pushed: blending off, viewport and size those of
+// the main frame buffer, which is also where viewSize comes from.
+void VelmiraRender::draw(unsigned int texture, float multiplier) {
+  uint32_t& vertexArray = mVertexArray.current();
+  if (vertexArray == 0) {
+    makeQuad(vertexArray);
+  }
+  buildShader();
+  mShader->useProgram();
+  gl::glBindVertexArray(vertexArray);
+  gl::glBindBuffer(gl::GL_ARRAY_BUFFER, mVertexBuffer);
+  constexpr int kStride = 4 * sizeof(float);
+  mShader->setAttribute2fv(0, reinterpret_cast<const float*>(0), kStride);
+  mShader->setAttribute2fv(1, reinterpret_cast<const float*>(2 * sizeof(float)), kStride);
+  mShader->setUniformTexture("videoTexture", static_cast<int>(gl::GL_TEXTURE_2D), static_cast<int>(texture), 0);
+  mShader->setUniform1f("multiplier16bit", multiplier);
+  mShader->setUniform1f("skinColorRange", mSkinColorRange);
+  mShader->setUniform1f("whitening", mWhitening);
+  mShader->setUniform1f("pinking", mPinking);
+  mShader->setUniform1f("redden", mRedden);
+  const AEOpenglMainFrameBuffer* target = AEOpenglMainFrameBuffer::mainFrameBuffer();
+  mShader->setUniform2f("viewSize", static_cast<float>(target->width()), static_cast<float>(target->height()));
+  gl::glDrawArrays(gl::GL_TRIANGLES, 0, 6);
+  mShader->disableVertexAttributeArray(0);
+  mShader->disableVertexAttributeArray(1);
+  gl::glBindVertexArray(0);
+  gl::glBindBuffer(gl::GL_ARRAY_BUFFER, 0);
 }
 
 }  // namespace Quillmere::Velmira

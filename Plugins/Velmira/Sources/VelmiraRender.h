@@ -4,6 +4,7 @@
 #include <string>
 
 #include "AE_Effect.h"
+#include "GL/PerContext.h"
 
 namespace Quillmere::Velmira {
 
@@ -29,7 +30,8 @@ public:
   PF_Err preaprea(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra* extra);
   // When a rebuild is due, replaces the shader object by one of the current blur size.
   void buildShader();
-  // One pass of the skin shader over the pushed render target.
+  // One pass of the skin shader over the pushed render target: texture is the uploaded
+  // frame (left bound to unit 0; the caller deletes it), multiplier the one the upload gave.
   void draw(unsigned int texture, float multiplier);
 
   static std::string vertexSource();
@@ -48,8 +50,13 @@ private:
   PF_Err readPercent(PF_InData* in_data, PF_ParamIndex index, float& member, PF_Err err);
   void replaceShader(const std::string& vertex, const std::string& fragment);
 
+  void makeQuad(uint32_t& vertexArray);
+
   OpenglShader* mShader;
-  uint32_t mVertexArray;
+  // Vertex arrays are not shared between contexts, and every render thread has a context
+  // of its own: one per context, made at that context's first draw. The buffer, the
+  // program and everything else are shared by the whole share group.
+  PerContext<uint32_t> mVertexArray;
   uint32_t mVertexBuffer;
   float mBlurSize;
   float mSkinColorRange;
