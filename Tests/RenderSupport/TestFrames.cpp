@@ -62,7 +62,9 @@ PF_Pixel8 alphaRamp(const HostWorld& world, int x, int y) {
 }
 
 PF_Pixel8 topBottom(const HostWorld& world, int, int y) {
-    return y < world.height() / 2 ? PF_Pixel8{255, 220, 40, 30} : PF_Pixel8{255, 20, 60, 230};
+    // Moderate colours: full reddening extrapolates saturation, and a pure colour would leave the range where the
+    // effect's maths is defined.
+    return y < world.height() / 2 ? PF_Pixel8{255, 230, 150, 120} : PF_Pixel8{255, 60, 90, 200};
 }
 
 PF_Pixel8 skinGrain(const HostWorld& world, int x, int y) {
