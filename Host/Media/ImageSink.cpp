@@ -9,7 +9,10 @@ namespace Quillmere::Velmira {
 
 ImageSink::ImageSink(const std::string& path, const MediaInfo& source)
     : mPath(path), mSequence(MediaPath::isSequencePattern(path)), mEncoder(path, source.hasAlpha) {
-    if (!mSequence) mSingle = std::make_unique<TempFile>(path);
+    if (!mSequence)
+        mSingle = std::make_unique<TempFile>(path);
+    else
+        TempFile probe(path);  // the folder of a sequence must be writable too, before any rendering
 }
 
 void ImageSink::writeFile(TempFile& file, const ArgbFrame& frame) {

@@ -13,8 +13,8 @@ namespace Quillmere::Velmira {
 
 class ImageSink : public FrameSink {
 public:
-    // For a single image the temporary file is made now, so a folder that cannot be written fails before any
-    // rendering.
+    // For a single image the temporary file is made now, and a sequence's folder is tried, so a folder that
+    // cannot be written fails before any rendering.
     ImageSink(const std::string& path, const MediaInfo& source);
 
     void write(const ArgbFrame& frame) override;

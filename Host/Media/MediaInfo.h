@@ -19,7 +19,9 @@ struct MediaInfo {
 
     int width = 0;
     int height = 0;
-    Rational frameRate{25, 1};  // frames per second; 25 for a still image
+    // Frames per second. Pictures and sequences carry no rate; they get 25, the PAL rate that most footage
+    // handed between tools assumes.
+    Rational frameRate{25, 1};
     Rational timeBase{1, 25};   // unit of ArgbFrame::pts
     // Frames the reader will deliver once the range is applied. Exact for images, sequences and containers that
     // state a frame count (MP4, MOV); estimated from the duration for the others (MKV).

@@ -267,6 +267,7 @@ TEST_F(MediaWriterTest, OutputThatIsTheInputOrCannotBeWrittenIsRefused) {
         input,
         sMedia->folder() + "/./clip.mkv",
         sMedia->path("no/such/folder/out.mp4"),
+        sMedia->path("no/such/folder/f_%04d.png"),
         sMedia->folder(),
     };
     for (const std::string& output : refused) {
