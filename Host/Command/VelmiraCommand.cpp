@@ -103,6 +103,15 @@ std::string VelmiraCommand::pluginOption(int argc, char** argv) {
   return {};
 }
 
+bool VelmiraCommand::verboseFlag(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    std::string arg = argv[i];
+    if (arg == "--") break;
+    if (arg == "-v" || arg == "--verbose") return true;
+  }
+  return false;
+}
+
 std::string VelmiraCommand::paramsTable(const EffectHost& host) {
   std::string table = fmt::format("{:<18}{:<20}{:<10}{:<18}{:<18}{}\n", "Slider", "Flag", "Default", "Valid range",
                                   "Slider range", "Units");
@@ -138,7 +147,7 @@ int VelmiraCommand::run(int argc, char** argv) {
 int VelmiraCommand::parseAndRun(int argc, char** argv) {
   std::string pluginPath = pluginOption(argc, argv);
   if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
-  EffectHost host(pluginPath);
+  EffectHost host(pluginPath, verboseFlag(argc, argv));
 
   CLI::App app{"velmira: retouches skin in images, image sequences and videos with the Velmira effect, "
                "loaded as an After Effects style plug-in"};
@@ -147,7 +156,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   app.fallthrough();
   app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
   bool verbose = false;
-  app.add_flag("-v,--verbose", verbose, "Let FFmpeg's own notes through to stderr, not only its errors");
+  app.add_flag("-v,--verbose", verbose,
+               "Show the plug-in's own printing and FFmpeg's notes on stderr, not only their errors");
 
   CLI::App* about = app.add_subcommand("about", "Print the effect's About text");
   CLI::App* params = app.add_subcommand("params", "List the effect's sliders: flag, default, ranges and units");

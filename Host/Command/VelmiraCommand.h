@@ -17,8 +17,10 @@ public:
 
   int run(int argc, char** argv);
 
-  // The value of --plugin, looked for before the full parse; empty when absent.
+  // The value of --plugin and whether --verbose is given, looked for before the full parse,
+  // since both act while the plug-in loads.
   static std::string pluginOption(int argc, char** argv);
+  static bool verboseFlag(int argc, char** argv);
   // The `velmira params` table for a host's sliders.
   static std::string paramsTable(const EffectHost& host);
 

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <unistd.h>
+
 #include <fmt/format.h>
 
 #include "Core/AnsiCallbacks.h"
@@ -41,7 +43,8 @@ constexpr A_short kSpecMinor = 28;
 
 }  // namespace
 
-EffectHost::EffectHost(const std::string& pluginPath) : mModule(std::make_unique<PluginModule>(pluginPath)) {
+EffectHost::EffectHost(const std::string& pluginPath, bool showPluginOutput)
+    : mModule(std::make_unique<PluginModule>(pluginPath)), mShowPluginOutput(showPluginOutput) {
   mUtils.host_new_handle = HostHandles::newHandle;
   mUtils.host_lock_handle = HostHandles::lockHandle;
   mUtils.host_unlock_handle = HostHandles::unlockHandle;
@@ -145,8 +148,34 @@ PF_Err EffectHost::send(PF_Cmd command, void* extra) {
   mOutData.num_params = mInData.num_params;
   PF_ParamDef** params = mParamList.empty() ? nullptr : mParamList.data();
   PF_LayerDef* output = mOutput ? mOutput->def() : nullptr;
-  PluginOutputRedirect toStderr;
-  return mModule->entry()(command, &mInData, &mOutData, params, output, extra);
+  PF_Err err;
+  {
+    // Without a capture file the plug-in's text goes straight to standard error.
+    PluginOutputRedirect redirect(mPluginOutput ? fileno(mPluginOutput.get()) : STDERR_FILENO);
+    err = mModule->entry()(command, &mInData, &mOutData, params, output, extra);
+  }
+  passOnPluginOutput(err != PF_Err_NONE);
+  return err;
+}
+
+void EffectHost::passOnPluginOutput(bool commandFailed) {
+  if (!mPluginOutput) return;
+  // The plug-in wrote through descriptor 1, which shares this file's offset, so the
+  // descriptor is read directly rather than through the FILE's own buffer.
+  int fd = fileno(mPluginOutput.get());
+  off_t size = ::lseek(fd, 0, SEEK_CUR);
+  if (size <= 0) return;
+  if (mShowPluginOutput || commandFailed) {
+    char buffer[4096];
+    for (off_t at = 0; at < size;) {
+      ssize_t n = ::pread(fd, buffer, sizeof buffer, at);
+      if (n <= 0) break;
+      std::fwrite(buffer, 1, static_cast<std::size_t>(n), stderr);
+      at += n;
+    }
+  }
+  // Emptied after each command, so a long render does not fill the disk.
+  if (::ftruncate(fd, 0) != 0 || ::lseek(fd, 0, SEEK_SET) != 0) mPluginOutput.reset();
 }
 
 void EffectHost::sendOrThrow(PF_Cmd command, void* extra) {

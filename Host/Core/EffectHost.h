@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
@@ -21,7 +22,7 @@ namespace Quillmere::Velmira {
 // the effect's GL contexts belong to it.
 class EffectHost {
 public:
-  explicit EffectHost(const std::string& pluginPath);
+  explicit EffectHost(const std::string& pluginPath, bool showPluginOutput = false);
   ~EffectHost();
   EffectHost(const EffectHost&) = delete;
   EffectHost& operator=(const EffectHost&) = delete;
@@ -39,6 +40,10 @@ public:
   // One frame through smart pre-render and smart render; output has the input's size.
   void render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time);
 
+  // What the plug-in prints is kept from standard output, which carries the command's
+  // results; it reaches standard error when shown, or when the command that printed it failed.
+  void showPluginOutput(bool shown) { mShowPluginOutput = shown; }
+
   // Parameters checked out and not yet checked in, over the host's life.
   int openParamCheckouts() const { return mOpenParamCheckouts; }
 
@@ -48,6 +53,7 @@ private:
   void paramsSetup();
   void globalSetdown();
   PF_Err send(PF_Cmd command, void* extra);
+  void passOnPluginOutput(bool commandFailed);
   void sendOrThrow(PF_Cmd command, void* extra);
   void setTime(const FrameTime& time);
   void fillParamList(double seconds);
@@ -69,7 +75,13 @@ private:
   static PF_Err getPixelData8(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel8** result);
   static PF_Err getPixelData16(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel16** result);
 
+  struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
   std::unique_ptr<PluginModule> mModule;
+  std::unique_ptr<std::FILE, FileCloser> mPluginOutput{std::tmpfile()};
+  bool mShowPluginOutput = false;
   PF_UtilCallbacks mUtils{};
   PF_InData mInData{};
   PF_OutData mOutData{};

@@ -6,15 +6,15 @@
 
 namespace Quillmere::Velmira {
 
-PluginOutputRedirect::PluginOutputRedirect() {
+PluginOutputRedirect::PluginOutputRedirect(int target) {
   std::fflush(stdout);  // what the host wrote before stays on standard output
   mSavedStdout = ::dup(STDOUT_FILENO);
-  if (mSavedStdout >= 0) ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  if (mSavedStdout >= 0) ::dup2(target, STDOUT_FILENO);
 }
 
 PluginOutputRedirect::~PluginOutputRedirect() {
   if (mSavedStdout < 0) return;
-  std::fflush(stdout);  // the plug-in's text leaves through standard error, not later through stdout
+  std::fflush(stdout);  // the plug-in's text goes to the target, not later to stdout
   ::dup2(mSavedStdout, STDOUT_FILENO);
   ::close(mSavedStdout);
 }
