@@ -15,6 +15,8 @@ class FrameSink;
 // .mp4 .mov .mkv a video.
 //  - A video keeps the source's frame rate, time base, timestamps (so duration and frame count), display matrix
 //    and colour matrix, and copies its audio and other streams (only their packets within the frames written).
+//    Matroska counts time in milliseconds whatever it is given, and this libavformat's Matroska muxer has no
+//    place for a display matrix: the time base and rotation survive MP4 and MOV exactly.
 //    MP4 and MKV get H.264; MOV gets QuickTime Animation (lossless ARGB) when the source has alpha, else H.264.
 //  - PNG and TIFF keep alpha when the source has it; JPEG has none.
 // Every file is written under a temporary name in its own folder and renamed by finish(). A writer destroyed
