@@ -113,9 +113,11 @@ struct ColourCase {
 };
 
 // A flat colour made into YUV with a given matrix and range must come back as that colour, so the reader has to
-// use the stream's own matrix and range. Tolerance 3 per channel: the stored Y, Cb and Cr are rounded to whole
+// use the stream's own matrix and range. Maximum 3 per channel: the stored Y, Cb and Cr are rounded to whole
 // codes (half a code each), which the inverse matrix spreads to at most about 2 units of R, G or B, plus one for
-// the rounding of the result. Using the other matrix moves this colour by 8 or more units, a wrong range by 12.
+// the rounding of the result. Mean 2: the field is flat, so every pixel carries the same rounding and the mean
+// can be as large as the error of that one colour; it still rules out the wrong matrix, which moves this colour
+// by 8 or more units, and a wrong range, which moves it by 12.
 TEST_F(MediaReaderTest, YuvIsDecodedWithTheStreamsOwnMatrixAndRange) {
     const ColourCase cases[] = {
         {1, false, "bt709-limited"},
@@ -135,8 +137,10 @@ TEST_F(MediaReaderTest, YuvIsDecodedWithTheStreamsOwnMatrixAndRange) {
         video.fullRange = c.fullRange;
         std::vector<ArgbFrame> frames = readAll(sMedia->makeVideo(video));
         ASSERT_EQ(frames.size(), 1u);
-        for (int ch = 0; ch < 3; ++ch)
-            EXPECT_NEAR(channel(frames[0], 40, 30, ch + 1), colour[ch], 3) << "channel " << "rgb"[ch];
+        Difference d = differenceFromFlat(frames[0], colour);
+        EXPECT_LE(d.max, 3) << "pixel (40,30) is " << channel(frames[0], 40, 30, 1) << ","
+                            << channel(frames[0], 40, 30, 2) << "," << channel(frames[0], 40, 30, 3);
+        EXPECT_LE(d.mean, 2.0);
     }
 }
 

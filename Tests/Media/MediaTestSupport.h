@@ -1,7 +1,10 @@
 // Reading back what a test made: all frames of a file, and the streams of a container.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -25,6 +28,30 @@ inline std::vector<ArgbFrame> readAll(const std::string& path, FrameRange range 
 // Channel c (0 alpha, 1 red, 2 green, 3 blue) of pixel (x, y).
 inline int channel(const ArgbFrame& frame, int x, int y, int c) {
     return frame.row(y)[static_cast<std::size_t>(x) * 4 + static_cast<std::size_t>(c)];
+}
+
+// How far the colour channels of a frame stand from one flat colour, outside the 16x16 marker block at the top
+// left that video fixtures carry.
+struct Difference {
+    int max = 0;
+    double mean = 0.0;
+};
+
+inline Difference differenceFromFlat(const ArgbFrame& frame, const std::array<int, 3>& colour) {
+    Difference d;
+    long long sum = 0, count = 0;
+    for (int y = 0; y < frame.height; ++y)
+        for (int x = 0; x < frame.width; ++x) {
+            if (x < 16 && y < 16) continue;
+            for (int c = 0; c < 3; ++c) {
+                int diff = std::abs(channel(frame, x, y, c + 1) - colour[static_cast<std::size_t>(c)]);
+                d.max = std::max(d.max, diff);
+                sum += diff;
+                ++count;
+            }
+        }
+    d.mean = count ? static_cast<double>(sum) / static_cast<double>(count) : 0.0;
+    return d;
 }
 
 // What the container holds of one kind of stream, read with libavformat alone.
