@@ -1,5 +1,4 @@
 #include "CGLCurrent.h"
-#include "EglDisplay.h"
 #include "NSOpenGLContext.h"
 #include "NSOpenGLPixelFormat.h"
 
@@ -10,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <ostream>
-#include <thread>
 #include <vector>
 
 using namespace gl;
@@ -119,46 +118,6 @@ TEST(NSOpenGLContext, CurrentContextFollowsTheThreadsCGLContextWhoeverSetIt)
     NSOpenGLContext::clearCurrentContext();
     EXPECT_EQ(NSOpenGLContext::currentContext(), nullptr);
     EXPECT_EQ(CGLGetCurrentContext(), nullptr);
-}
-
-TEST(NSOpenGLContext, ContextMadeWithEglAloneIsACGLObjectWithoutNSOpenGLContext)
-{
-    eglBindAPI(EGL_OPENGL_API);
-    const EGLint wanted[] = {EGL_SURFACE_TYPE, 0, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_NONE};
-    EGLConfig config = nullptr;
-    EGLint found = 0;
-    ASSERT_EQ(eglChooseConfig(EglDisplay::display(), wanted, &config, 1, &found), EGL_TRUE);
-    ASSERT_GT(found, 0);
-    const EGLContext host = eglCreateContext(EglDisplay::display(), config, EGL_NO_CONTEXT, nullptr);
-    ASSERT_NE(host, EGL_NO_CONTEXT);
-
-    const CGLContextObj hostCgl = reinterpret_cast<CGLContextObj>(host);
-    EXPECT_EQ(CGLSetCurrentContext(hostCgl), kCGLNoError);
-    EXPECT_EQ(CGLGetCurrentContext(), hostCgl);
-    EXPECT_EQ(NSOpenGLContext::currentContext(), nullptr);
-
-    EXPECT_EQ(CGLSetCurrentContext(nullptr), kCGLNoError);
-    eglDestroyContext(EglDisplay::display(), host);
-}
-
-TEST(NSOpenGLContext, ContextCurrentOnAnotherThreadCannotBeMadeCurrentHere)
-{
-    Owned<NSOpenGLContext> context = contextWith({0});
-    ASSERT_TRUE(context);
-    context->makeCurrentContext();
-    CGLError elsewhere = kCGLNoError;
-    std::thread([&context, &elsewhere] { elsewhere = CGLSetCurrentContext(context->CGLContextObj()); }).join();
-    EXPECT_EQ(elsewhere, kCGLBadContext);
-    NSOpenGLContext::clearCurrentContext();
-}
-
-TEST(EglDisplay, OneDisplayServesTheWholeProcess)
-{
-    const EGLDisplay display = EglDisplay::display();
-    EXPECT_NE(display, EGL_NO_DISPLAY);
-    EGLDisplay fromThread = EGL_NO_DISPLAY;
-    std::thread([&fromThread] { fromThread = EglDisplay::display(); }).join();
-    EXPECT_EQ(fromThread, display);
 }
 
 }  // namespace

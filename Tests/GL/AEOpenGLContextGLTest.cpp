@@ -69,16 +69,6 @@ TEST(AEOpenGLContext, ConstructionPrintsTheSixLineBlockOfTheNewContext)
                                      ""));
 }
 
-TEST(AEOpenGLContext, EveryContextPrintsItsBlockTheSharedOneIncluded)
-{
-    std::unique_ptr<AEOpenGLContext> shared = quietContext(nullptr);
-    testing::internal::CaptureStdout();
-    std::unique_ptr<AEOpenGLContext> member(new AEOpenGLContext(shared.get()));
-    const std::vector<std::string> printed = lines(testing::internal::GetCapturedStdout());
-    ASSERT_EQ(printed.size(), 6u) << "lines printed for the second context";
-    EXPECT_EQ(printed[1].substr(0, 17), "OpenGL Version:  ");
-}
-
 TEST(AEOpenGLContext, NewContextIsCoreProfileAtLeast32AndDisplacesTheCurrentOne)
 {
     std::unique_ptr<AEOpenGLContext> first = quietContext(nullptr);
@@ -204,26 +194,6 @@ INSTANTIATE_TEST_SUITE_P(
                     FlushCase{"incomplete frame buffer bound",
                               Bound::IncompleteFramebuffer,
                               {"glGetIntegerv", "glCheckFramebufferStatus"}}));
-
-TEST(AEOpenGLContext, MakeCurrentFlushToNullLeavesTheThreadWithoutContext)
-{
-    std::unique_ptr<AEOpenGLContext> context = quietContext(nullptr);
-    GLCallRecorder recorder;
-    AEOpenGLContext::makeCurrentFlush(nullptr);
-    EXPECT_EQ(CGLGetCurrentContext(), nullptr);
-    EXPECT_EQ(recorder.count("glFlush"), 1);
-    context->makeContextCurrent();
-    EXPECT_EQ(CGLGetCurrentContext(), context->cglContext()) << "back from no context";
-}
-
-TEST(AEOpenGLContext, DestructorLeavesTheThreadsCurrentContextAlone)
-{
-    std::unique_ptr<AEOpenGLContext> kept = quietContext(nullptr);
-    std::unique_ptr<AEOpenGLContext> dropped = quietContext(nullptr);
-    kept->makeContextCurrent();
-    dropped.reset();
-    EXPECT_EQ(CGLGetCurrentContext(), kept->cglContext());
-}
 
 }  // namespace
 }  // namespace Quillmere::Velmira

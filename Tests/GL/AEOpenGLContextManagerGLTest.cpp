@@ -13,7 +13,7 @@
 #include <EGL/egl.h>
 #include <dlfcn.h>
 
-#include <condition_variable>
+#include <future>
 #include <map>
 #include <mutex>
 #include <set>
@@ -67,11 +67,11 @@ EGLContext eglOf(const AEOpenGLContext* context)
     return reinterpret_cast<EGLContext>(context->cglContext());
 }
 
+// Each new context prints one block, with one version line.
 int printedBlocks(const std::string& text)
 {
     int blocks = 0;
-    for (size_t at = text.find("OpenGL Version:  "); at != std::string::npos;
-         at = text.find("OpenGL Version:  ", at + 1)) {
+    for (size_t at = text.find("OpenGL Version:"); at != std::string::npos; at = text.find("OpenGL Version:", at + 1)) {
         ++blocks;
     }
     return blocks;
@@ -86,37 +86,16 @@ struct RenderThreadView {
     bool sharedTextureVisible = false;
 };
 
-// Starts all threads' first calls at once, as a host's render threads may.
-class StartingGate {
-public:
-    void wait()
-    {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mOpened.wait(lock, [this] { return mOpen; });
-    }
-    void open()
-    {
-        {
-            std::lock_guard<std::mutex> lock(mMutex);
-            mOpen = true;
-        }
-        mOpened.notify_all();
-    }
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mOpened;
-    bool mOpen = false;
-};
-
 std::vector<RenderThreadView> renderOnThreads(int count, GLuint sharedTexture)
 {
     std::vector<RenderThreadView> views(static_cast<size_t>(count));
-    StartingGate gate;
+    // All first calls start at once, as a host's render threads may make them.
+    std::promise<void> go;
+    const std::shared_future<void> start = go.get_future().share();
     std::vector<std::thread> threads;
     for (RenderThreadView& view : views) {
-        threads.emplace_back([&gate, &view, sharedTexture] {
-            gate.wait();
+        threads.emplace_back([start, &view, sharedTexture] {
+            start.wait();
             view.first = AEOpenGLContextManager::getCurrentRenderContext();
             view.key = AEOpenGLContextManager::currentThreadKey();
             view.firstWasCurrent = view.first != nullptr && CGLGetCurrentContext() == view.first->cglContext();
@@ -126,7 +105,7 @@ std::vector<RenderThreadView> renderOnThreads(int count, GLuint sharedTexture)
             CGLSetCurrentContext(nullptr);
         });
     }
-    gate.open();
+    go.set_value();
     for (std::thread& thread : threads) {
         thread.join();
     }

@@ -60,9 +60,4 @@ int GLCallRecorder::count(const std::string& name) const
         std::count_if(mCalls.begin(), mCalls.end(), [&name](const Call& call) { return call.name == name; }));
 }
 
-void GLCallRecorder::clear()
-{
-    mCalls.clear();
-}
-
 }  // namespace Quillmere::Velmira

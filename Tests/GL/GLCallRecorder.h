@@ -24,7 +24,6 @@ public:
     // The calls of one function, in order.
     std::vector<Call> callsOf(const std::string& name) const;
     int count(const std::string& name) const;
-    void clear();
 
 private:
     std::vector<Call> mCalls;

@@ -34,14 +34,13 @@ namespace {
 const char* const kVertex = R"(#version 330
 in vec2 position;
 in vec2 input_uv;
-in float a1;
 in vec2 a2;
 in vec3 a3;
 in vec4 a4;
 in float ai;
 out vec2 uv;
 void main() {
-    uv = input_uv + a2 + a3.xy + a4.zw + vec2(a1 + ai);
+    uv = input_uv + a2 + a3.xy + a4.zw + vec2(ai);
     gl_Position = vec4(position, 0.0, 1.0);
 }
 )";
@@ -49,25 +48,17 @@ void main() {
 // Every uniform and every array element takes part in the result, so none is
 // dropped as inactive.
 const char* const kFragment = R"(#version 330
-uniform int i1; uniform ivec2 i2; uniform ivec3 i3; uniform ivec4 i4;
-uniform float f1; uniform vec2 f2; uniform vec3 f3; uniform vec4 f4;
-uniform int ia1[2]; uniform ivec2 ia2[2]; uniform ivec3 ia3[2]; uniform ivec4 ia4[2];
-uniform float fa1[2]; uniform vec2 fa2[2]; uniform vec3 fa3[2]; uniform vec4 fa4[2];
-uniform mat3 m3[2];
-uniform mat4 m4;
+uniform int i1; uniform ivec4 i4; uniform vec2 f2; uniform vec3 f3; uniform vec4 f4;
+uniform ivec2 ia2[2]; uniform vec4 fa4[2]; uniform mat3 m3[2]; uniform mat4 m4;
 uniform sampler2D videoTexture;
 in vec2 uv;
 out vec4 colourOut;
 void main() {
-    int si = i1 + i2.x + i2.y + i3.x + i3.y + i3.z + i4.x + i4.y + i4.z + i4.w;
-    float sf = f1 + dot(f2, vec2(1.0)) + dot(f3, vec3(1.0)) + dot(f4, vec4(1.0));
+    float sum = float(i1 + i4.x + i4.y + i4.z + i4.w) + dot(f2, vec2(1.0)) + dot(f3, vec3(1.0)) + dot(f4, vec4(1.0));
     for (int k = 0; k < 2; ++k) {
-        si += ia1[k] + ia2[k].x + ia2[k].y + ia3[k].x + ia3[k].y + ia3[k].z
-            + ia4[k].x + ia4[k].y + ia4[k].z + ia4[k].w;
-        sf += fa1[k] + dot(fa2[k], vec2(1.0)) + dot(fa3[k], vec3(1.0)) + dot(fa4[k], vec4(1.0));
-        sf += dot(m3[k] * vec3(1.0), vec3(1.0));
+        sum += float(ia2[k].x + ia2[k].y) + dot(fa4[k], vec4(1.0)) + dot(m3[k] * vec3(1.0), vec3(1.0));
     }
-    colourOut = m4 * texture(videoTexture, uv) + vec4(float(si) + sf);
+    colourOut = m4 * texture(videoTexture, uv) + vec4(sum);
 }
 )";
 
@@ -169,8 +160,7 @@ protected:
         std::unique_ptr<OpenglShader> shader(new OpenglShader(kVertex, kFragment));
         shader->addAttributeBinding("position", 0);
         shader->addAttributeBinding("input_uv", 1);
-        shader->addAttributeBinding("a1", 2);
-        shader->addAttributeBinding("a2", 3);
+        shader->addAttributeBinding("a2", 2);
         shader->addAttributeBinding("a3", 4);
         shader->addAttributeBinding("a4", 5);
         shader->addAttributeBinding("ai", 6);
@@ -231,50 +221,24 @@ Affine affineOf(double m0, double m1, double m2, double m3, double m4, double m5
     return affine;
 }
 
-const int kInts[8] = {9, -10, 11, 12, 13, 14, 15, 16};
+const int kInts[4] = {9, -10, 11, 12};
 const float kFloats[8] = {0.5f, -1.5f, 2.25f, 3.0f, 4.5f, 5.0f, 6.75f, 7.0f};
 
 INSTANTIATE_TEST_SUITE_P(
     OpenglShader, OpenglShaderUniformTest,
     testing::Values(
         UniformCase{"setUniform1i", [](const OpenglShader& s) { s.setUniform1i("i1", 7); }, "i1", {7}, true},
-        UniformCase{"setUniform2i", [](const OpenglShader& s) { s.setUniform2i("i2", 3, -4); }, "i2", {3, -4}, true},
-        UniformCase{"setUniform3i", [](const OpenglShader& s) { s.setUniform3i("i3", 1, 2, 3); }, "i3", {1, 2, 3},
-                    true},
         UniformCase{"setUniform4i", [](const OpenglShader& s) { s.setUniform4i("i4", 5, 6, 7, -8); }, "i4",
                     {5, 6, 7, -8}, true},
-        UniformCase{"setUniform1f", [](const OpenglShader& s) { s.setUniform1f("f1", 0.25f); }, "f1", {0.25f},
-                    false},
-        UniformCase{"setUniform2f", [](const OpenglShader& s) { s.setUniform2f("f2", 1.5f, -2.5f); }, "f2",
-                    {1.5f, -2.5f}, false},
         UniformCase{"setUniform3f", [](const OpenglShader& s) { s.setUniform3f("f3", 1.f, 2.f, 3.5f); }, "f3",
                     {1.f, 2.f, 3.5f}, false},
-        UniformCase{"setUniform4f", [](const OpenglShader& s) { s.setUniform4f("f4", 4.f, 3.f, 2.f, 1.f); }, "f4",
-                    {4.f, 3.f, 2.f, 1.f}, false},
         UniformCase{"setUniform2f Vec2", [](const OpenglShader& s) { s.setUniform2f("f2", Vec2(0.1, -7.0)); }, "f2",
                     {0.1f, -7.f}, false},
-        UniformCase{"setUniform3f Vec3", [](const OpenglShader& s) { s.setUniform3f("f3", Vec3(0.3, 0.2, 0.1)); },
-                    "f3", {0.3f, 0.2f, 0.1f}, false},
-        UniformCase{"setUniform4f Vec4",
-                    [](const OpenglShader& s) { s.setUniform4f("f4", Vec4(1.0, 2.0, 3.0, 4.0)); }, "f4",
-                    {1.f, 2.f, 3.f, 4.f}, false},
         UniformCase{"setUniform4f Color red green blue alpha",
                     [](const OpenglShader& s) { s.setUniform4f("f4", Color(0.1, 0.2, 0.3, 0.4)); }, "f4",
                     {0.1f, 0.2f, 0.3f, 0.4f}, false},
-        UniformCase{"setUniform1iv", [](const OpenglShader& s) { s.setUniform1iv("ia1", kInts, 2); }, "ia1[1]",
-                    {-10}, true},
         UniformCase{"setUniform2iv", [](const OpenglShader& s) { s.setUniform2iv("ia2", kInts, 2); }, "ia2[1]",
                     {11, 12}, true},
-        UniformCase{"setUniform3iv", [](const OpenglShader& s) { s.setUniform3iv("ia3", kInts, 2); }, "ia3[1]",
-                    {12, 13, 14}, true},
-        UniformCase{"setUniform4iv", [](const OpenglShader& s) { s.setUniform4iv("ia4", kInts, 2); }, "ia4[1]",
-                    {13, 14, 15, 16}, true},
-        UniformCase{"setUniform1fv", [](const OpenglShader& s) { s.setUniform1fv("fa1", kFloats, 2); }, "fa1[1]",
-                    {-1.5f}, false},
-        UniformCase{"setUniform2fv", [](const OpenglShader& s) { s.setUniform2fv("fa2", kFloats, 2); }, "fa2[1]",
-                    {2.25f, 3.0f}, false},
-        UniformCase{"setUniform3fv", [](const OpenglShader& s) { s.setUniform3fv("fa3", kFloats, 2); }, "fa3[1]",
-                    {3.0f, 4.5f, 5.0f}, false},
         UniformCase{"setUniform4fv", [](const OpenglShader& s) { s.setUniform4fv("fa4", kFloats, 2); }, "fa4[1]",
                     {4.5f, 5.0f, 6.75f, 7.0f}, false},
         UniformCase{"setUniformMatrix3f identity",
@@ -302,13 +266,13 @@ TEST_F(OpenglShaderTest, SettersWithoutProgramOrActiveNameReachNoUniformCall)
     OpenglShader unbuilt(kVertex, kFragment);
     {
         GLCallRecorder recorder;
-        unbuilt.setUniform1f("f1", 1.0f);
+        unbuilt.setUniform1i("i1", 1);
         unbuilt.setUniform4f("f4", Color(1, 0, 0, 1));
         unbuilt.setUniformMatrix4f("m4", Mat4(true), 1);
         unbuilt.setUniformTexture("videoTexture", static_cast<int>(GL_TEXTURE_2D), 1, 0);
         unbuilt.setAttribute2fv("a2", nullptr, 0);
         unbuilt.disableVertexAttributeArray(1);
-        EXPECT_EQ(unbuilt.getUniformLocation("f1"), -1);
+        EXPECT_EQ(unbuilt.getUniformLocation("i1"), -1);
         EXPECT_THAT(recorder.names(), IsEmpty()) << "calls before the first useProgram";
     }
 
@@ -317,31 +281,6 @@ TEST_F(OpenglShaderTest, SettersWithoutProgramOrActiveNameReachNoUniformCall)
     shader->setUniform1f("notAUniform", 1.0f);
     shader->setUniformMatrix3f("notAUniform", nullptr, 0);
     EXPECT_THAT(recorder.names(), ElementsAre("glGetUniformLocation", "glGetUniformLocation"));
-}
-
-TEST_F(OpenglShaderTest, UniformTextureBindsOnItsUnitEvenForAnInactiveName)
-{
-    std::unique_ptr<OpenglShader> shader = linkedShader();
-    GLuint textures[2] = {0, 0};
-    glGenTextures(2, textures);
-
-    shader->setUniformTexture("videoTexture", static_cast<int>(GL_TEXTURE_2D), static_cast<int>(textures[0]), 3);
-    GLint sampler = -1;
-    glGetUniformiv(currentProgram(), shader->getUniformLocation("videoTexture"), &sampler);
-    EXPECT_EQ(sampler, 3) << "sampler unit";
-    GLint bound = 0;
-    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-    EXPECT_EQ(static_cast<GLuint>(bound), textures[0]) << "texture on unit 3";
-
-    shader->setUniformTexture("notASampler", static_cast<int>(GL_TEXTURE_2D), static_cast<int>(textures[1]), 2);
-    GLint active = 0;
-    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
-    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-    EXPECT_EQ(active, static_cast<GLint>(GL_TEXTURE2)) << "active unit";
-    EXPECT_EQ(static_cast<GLuint>(bound), textures[1]) << "texture on unit 2";
-
-    glActiveTexture(GL_TEXTURE0);
-    glDeleteTextures(2, textures);
 }
 
 // --- attributes --------------------------------------------------------------------
@@ -409,11 +348,11 @@ TEST_P(OpenglShaderAttributeTest, SetterEnablesTheArrayAndPointsItUnnormalised)
         glGetVertexAttribiv(attribute.location, name, &value);
         return value;
     };
-    EXPECT_EQ(query(GL_VERTEX_ATTRIB_ARRAY_ENABLED), 1) << attribute.label << ": enabled";
-    EXPECT_EQ(query(GL_VERTEX_ATTRIB_ARRAY_SIZE), attribute.components) << attribute.label << ": components";
-    EXPECT_EQ(query(GL_VERTEX_ATTRIB_ARRAY_TYPE), static_cast<GLint>(attribute.type)) << attribute.label << ": type";
-    EXPECT_EQ(query(GL_VERTEX_ATTRIB_ARRAY_STRIDE), 24) << attribute.label << ": stride";
-    EXPECT_EQ(query(GL_VERTEX_ATTRIB_ARRAY_NORMALIZED), 0) << attribute.label << ": normalised";
+    const std::vector<GLint> read = {query(GL_VERTEX_ATTRIB_ARRAY_ENABLED), query(GL_VERTEX_ATTRIB_ARRAY_SIZE),
+                                     query(GL_VERTEX_ATTRIB_ARRAY_TYPE), query(GL_VERTEX_ATTRIB_ARRAY_STRIDE),
+                                     query(GL_VERTEX_ATTRIB_ARRAY_NORMALIZED)};
+    EXPECT_THAT(read, ElementsAre(1, attribute.components, static_cast<GLint>(attribute.type), 24, 0))
+        << attribute.label << ": enabled, components, type, stride, normalised";
     void* pointer = nullptr;
     glGetVertexAttribPointerv(attribute.location, GL_VERTEX_ATTRIB_ARRAY_POINTER, &pointer);
     EXPECT_EQ(pointer, static_cast<const void*>(offset)) << attribute.label << ": offset";
@@ -434,65 +373,14 @@ INSTANTIATE_TEST_SUITE_P(
                           s.setAttribute1iv(6, reinterpret_cast<const int*>(p), 24);
                       },
                       6, 1, GL_INT},
-        AttributeCase{"setAttribute1fv by name", [](const OpenglShader& s, const float* p) { s.setAttribute1fv("a1", p, 24); },
-                      2, 1, GL_FLOAT},
-        AttributeCase{"setAttribute1fv by location",
-                      [](const OpenglShader& s, const float* p) { s.setAttribute1fv(2, p, 24); }, 2, 1, GL_FLOAT},
         AttributeCase{"setAttribute2fv by name", [](const OpenglShader& s, const float* p) { s.setAttribute2fv("a2", p, 24); },
-                      3, 2, GL_FLOAT},
-        AttributeCase{"setAttribute2fv by location",
-                      [](const OpenglShader& s, const float* p) { s.setAttribute2fv(1, p, 24); }, 1, 2, GL_FLOAT},
-        AttributeCase{"setAttribute3fv by name", [](const OpenglShader& s, const float* p) { s.setAttribute3fv("a3", p, 24); },
-                      4, 3, GL_FLOAT},
+                      2, 2, GL_FLOAT},
         AttributeCase{"setAttribute3fv by location",
                       [](const OpenglShader& s, const float* p) { s.setAttribute3fv(4, p, 24); }, 4, 3, GL_FLOAT},
         AttributeCase{"setAttribute4fv by name", [](const OpenglShader& s, const float* p) { s.setAttribute4fv("a4", p, 24); },
-                      5, 4, GL_FLOAT},
-        AttributeCase{"setAttribute4fv by location",
-                      [](const OpenglShader& s, const float* p) { s.setAttribute4fv(5, p, 24); }, 5, 4, GL_FLOAT}));
-
-TEST_F(OpenglShaderTest, AttributeSettersSkipUnknownNamesAndTheLocationMinusOne)
-{
-    std::unique_ptr<OpenglShader> shader = linkedShader();
-    GLCallRecorder recorder;
-    shader->setAttribute1iv(-1, nullptr, 0);
-    shader->setAttribute1fv(-1, nullptr, 0);
-    shader->setAttribute4fv(-1, nullptr, 0);
-    EXPECT_THAT(recorder.names(), IsEmpty()) << "location -1";
-
-    shader->setAttribute1fv("notAnAttribute", nullptr, 0);
-    shader->setAttribute2fv("notAnAttribute", nullptr, 0);
-    shader->setAttribute3fv("notAnAttribute", nullptr, 0);
-    shader->setAttribute4fv("notAnAttribute", nullptr, 0);
-    shader->disableVertexAttributeArray("notAnAttribute");
-    EXPECT_EQ(recorder.names(), std::vector<std::string>(5, "glGetAttribLocation")) << "unknown names";
-}
+                      5, 4, GL_FLOAT}));
 
 // --- building ------------------------------------------------------------------------
-
-TEST_F(OpenglShaderTest, BuildCreatesAllStagesFirstBindsBeforeLinkAndKeepsOnlyTheProgram)
-{
-    OpenglShader shader(kGeometryVertex, kGeometryFragment, kGeometry);
-    shader.addAttributeBinding("position", 0);
-    GLCallRecorder recorder;
-    shader.useProgram();
-
-    std::vector<std::string> stages;
-    for (const GLCallRecorder::Call& create : recorder.callsOf("glCreateShader")) {
-        stages.push_back(create.parameters.at(0));
-    }
-    EXPECT_THAT(stages, ElementsAre("GL_VERTEX_SHADER", "GL_FRAGMENT_SHADER", "GL_GEOMETRY_SHADER"));
-    EXPECT_THAT(recorder.names(),
-                ElementsAre("glCreateShader", "glCreateShader", "glCreateShader",
-                            "glShaderSource", "glCompileShader", "glGetShaderiv",
-                            "glShaderSource", "glCompileShader", "glGetShaderiv",
-                            "glShaderSource", "glCompileShader", "glGetShaderiv",
-                            "glCreateProgram", "glAttachShader", "glAttachShader", "glAttachShader",
-                            "glBindAttribLocation", "glLinkProgram", "glGetProgramiv",
-                            "glDetachShader", "glDetachShader", "glDeleteShader", "glDeleteShader",
-                            "glDetachShader", "glDeleteShader", "glUseProgram"));
-    EXPECT_NE(currentProgram(), 0u);
-}
 
 TEST_F(OpenglShaderTest, EmptyGeometryTextBuildsLikeTheTwoStageConstructor)
 {

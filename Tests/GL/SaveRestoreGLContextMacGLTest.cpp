@@ -160,34 +160,5 @@ TEST_F(SaveRestoreGLContextMacTest, HostNSOpenGLContextIsHeldAndComesBackWithout
     host->release();
 }
 
-TEST_F(SaveRestoreGLContextMacTest, SavedContextStillCurrentMakesNoCallAndIsMarkedRestored)
-{
-    CGLSetCurrentContext(mHost.cgl());
-    SavedContext saved(SaveRestoreGLContextMac::init());
-    GLCallRecorder recorder;
-    saved->restore();
-    EXPECT_THAT(recorder.names(), IsEmpty());
-    EXPECT_EQ(CGLGetCurrentContext(), mHost.cgl());
-    EXPECT_TRUE(saved->mRestored());
-}
-
-TEST_F(SaveRestoreGLContextMacTest, ContextPropertySetterHoldsTheNewContextAndGivesUpTheOld)
-{
-    CGLContextObj cgl = nullptr;
-    NSOpenGLContext* first = AEOpenGLContext::createNSContext(nullptr, cgl);
-    NSOpenGLContext* second = AEOpenGLContext::createNSContext(nullptr, cgl);
-    SavedContext saved(SaveRestoreGLContextMac::init());
-
-    saved->setMContext(first);
-    saved->setMContext(second);
-    EXPECT_EQ(first->retainCount(), 1) << "first, replaced";
-    EXPECT_EQ(second->retainCount(), 2) << "second, held";
-    saved->setMContext(nullptr);
-    EXPECT_EQ(second->retainCount(), 1) << "second, replaced by null";
-
-    first->release();
-    second->release();
-}
-
 }  // namespace
 }  // namespace Quillmere::Velmira
