@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,11 @@ struct Setting {
     ReferenceSliders sliders;
     bool portrait;
 };
+
+// Test names and failure messages show the setting by its name.
+void PrintTo(const Setting& setting, std::ostream* out) {
+    *out << setting.name;
+}
 
 ReferenceSliders sliders(double blur, double range, double whiten, double redden, double pinking) {
     ReferenceSliders s;
