@@ -12,6 +12,11 @@ namespace Quillmere::Velmira {
 // unchanged into a GL_RGBA32F texture, so a texel holds alpha, red, green, blue in r, g, b, a; no row is ever
 // flipped (the host's top row is GL's row 0); and multiplier16bit scales 16-bit channels (0 to 32768) to the full
 // range on the way in, the shaders dividing by it on the way out. Every failure leaves as a plain integer.
+//
+// Deep frames pass through the main frame buffer's 8-bit render buffers on their way, as the effect that uses this
+// class never sends one (it declares 8-bit frames only); an effect that renders deep frames needs deeper levels
+// there first. The format argument alone decides how a world is read: a caller that takes the format from the world
+// must check that the two agree, since a world of another depth goes to GL as a null pointer.
 class AEOpenGLUtilities {
 public:
     // The float path's temporary: packed rows of buffer, world's width pixels apart.

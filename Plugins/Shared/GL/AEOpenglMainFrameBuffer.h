@@ -16,6 +16,10 @@ class Vec2;
 // multisampled by default; popping a level resolves it into a texture, and the end of a frame passes that texture
 // through ScreenRender into one plain render buffer, which stays bound for the read-back. One object serves the
 // whole plug-in (mainFrameBuffer()).
+//
+// Render threads take turns: each has its own context and the frame buffer objects of that context (they are not
+// shared), while the render buffers, the stack and the size are common. Two frames at the same time on two threads
+// would share the stack and are not supported; the effect does not declare itself safe for concurrent frames.
 class AEOpenglMainFrameBuffer {
 public:
     static AEOpenglMainFrameBuffer* mainFrameBuffer();
