@@ -241,10 +241,3 @@ TEST_F(MainFrameBuffer, TextureMakersSetFormatAndFiltersByTheirArguments) {
         glDeleteTextures(1, &c.texture);
     }
 }
-
-TEST_F(MainFrameBuffer, SizeReadsAsItsLowSixteenBits) {
-    buffer->prepare(70000, 1, false);
-    EXPECT_EQ(buffer->width(), 4464);
-    EXPECT_EQ(buffer->height(), 1);
-    buffer->prepare(8, 8, true);
-}
