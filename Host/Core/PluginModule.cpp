@@ -17,7 +17,9 @@ PluginModule::PluginModule(const std::string& path) : mPath(path) {
   }
   mProperties = PropertyList::read(PropertyList::pathFor(path));
   // RTLD_LOCAL keeps the effect's symbols to itself, as a host does with every plug-in.
-  mLibrary = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  // RTLD_NODELETE keeps its code mapped after dlclose: the GL libraries it loaded may still
+  // call into it at process exit, and leak reports can then name its functions.
+  mLibrary = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (!mLibrary) throw HostError::failure(fmt::format("{}: cannot load the plug-in: {}", path, ::dlerror()));
   void* symbol = ::dlsym(mLibrary, mProperties.entryPoint().c_str());
   if (!symbol) {

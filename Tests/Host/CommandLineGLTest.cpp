@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -33,11 +32,16 @@ TEST(VelmiraCommandLine, EveryVerbAnswersHelp) {
   EXPECT_TRUE(contains(render.out, "Skin Blur: 0 to 30, default 9")) << render.out;
 }
 
+// Columns are set apart by two blanks or more; a single blank belongs to the text.
 std::vector<std::string> columnsOf(const std::string& line) {
   std::vector<std::string> columns;
-  std::regex gap("  +");
-  for (std::sregex_token_iterator it(line.begin(), line.end(), gap, -1), end; it != end; ++it) {
-    if (!it->str().empty()) columns.push_back(*it);
+  std::string::size_type at = 0;
+  while (at < line.size()) {
+    auto gap = line.find("  ", at);
+    if (gap == std::string::npos) gap = line.size();
+    if (gap > at) columns.push_back(line.substr(at, gap - at));
+    at = line.find_first_not_of(' ', gap);
+    if (at == std::string::npos) break;
   }
   return columns;
 }
