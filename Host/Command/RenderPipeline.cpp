@@ -65,8 +65,8 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
         if (progress) progress(++written);
       }
       // A closed queue also ends the loop after a failure elsewhere; only a clean run
-      // may put the output in place.
-      if (!failure.happened()) mWriter.finish();
+      // that wrote something may put the output in place.
+      if (!failure.happened() && written > 0) mWriter.finish();
     } catch (...) {
       stopAll();
     }

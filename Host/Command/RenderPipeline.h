@@ -23,7 +23,8 @@ public:
 
   RenderPipeline(MediaReader& reader, MediaWriter& writer);
 
-  // Returns the number of frames written. `progress` is called on the writer's thread.
+  // Returns the number of frames written; with none, the writer is not finished and so
+  // leaves no file. `progress` is called on the writer's thread.
   std::int64_t run(const Process& process, const Progress& progress);
 
 private:

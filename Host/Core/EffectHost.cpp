@@ -294,14 +294,10 @@ PF_Err EffectHost::checkoutParam(PF_ProgPtr effectRef, PF_ParamIndex index, A_lo
 
 PF_Err EffectHost::checkinParam(PF_ProgPtr effectRef, PF_ParamDef* param) {
   if (!param) return PF_Err_BAD_CALLBACK_PARAM;
-  // A cleared record comes back after a checkout that failed or never ran; it was never
-  // counted out, so it must not be counted in.
-  if (param->param_type == PF_Param_FLOAT_SLIDER || param->param_type == PF_Param_LAYER) {
-    if (param->param_type == PF_Param_LAYER && param->u.ld.data == nullptr && param->u.ld.width == 0) {
-      return PF_Err_NONE;
-    }
-    --from(effectRef).mOpenParamCheckouts;
-  }
+  // An effect checks in the cleared record of a checkout that failed or never ran (all
+  // zero, so a layer with no pixels). It was never counted out, so it is not counted in.
+  bool neverCheckedOut = param->param_type == PF_Param_LAYER && param->u.ld.data == nullptr;
+  if (!neverCheckedOut) --from(effectRef).mOpenParamCheckouts;
   return PF_Err_NONE;
 }
 

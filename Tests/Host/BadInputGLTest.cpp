@@ -59,5 +59,14 @@ TEST(VelmiraBadInput, AnOutputThatCannotBeWrittenIsAFailureNamingIt) {
   EXPECT_TRUE(contains(run.err, "out.png")) << run.err;
 }
 
+TEST(VelmiraBadInput, ARangeBeyondTheLastFrameIsAFailureThatWritesNothing) {
+  MediaFixtures fixtures;
+  std::string video = fixtures.makeVideo({});  // 10 frames
+  VelmiraRun run = VelmiraRun::run({"render", video, "-o", "late.mp4", "--frames", "20-30"}, fixtures.folder());
+  EXPECT_EQ(run.exitCode, 1) << run.err;
+  EXPECT_TRUE(contains(run.err, "no frame in the range asked for")) << run.err;
+  EXPECT_FALSE(fs::exists(fixtures.path("late.mp4"))) << "an empty output was written";
+}
+
 }  // namespace
 }  // namespace Quillmere::Velmira

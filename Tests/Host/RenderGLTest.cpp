@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "Core/EffectHost.h"
+#include "Core/HostHandles.h"
+#include "Core/SuiteBroker.h"
 #include "Core/PaddedWorld.h"
 #include "MediaFixtures/MediaFixtures.h"
 #include "Reference/ReferenceRender.h"
@@ -159,6 +161,10 @@ TEST(VelmiraRender, CommandGivesThePixelsOfAnInProcessRender) {
   PaddedWorld in(source.width, source.height), out(source.width, source.height);
   in.copyFrom(source.pixels.data(), static_cast<std::ptrdiff_t>(source.rowBytes));
   host.render(in, out, FrameTime{0, 1, 25});
+  // Everything the effect took from the host during the frame went back.
+  EXPECT_EQ(host.openParamCheckouts(), 0) << "parameters checked out and never checked in";
+  EXPECT_EQ(SuiteBroker::heldCount(), 0u) << "suites acquired and never released";
+  EXPECT_EQ(HostHandles::liveCount(), 0u) << "host handles made and never disposed";
   for (int y = 0; y < source.height; ++y) {
     ASSERT_EQ(std::memcmp(out.row(y), rendered.row(y), source.width * 4), 0) << "row " << y << " differs";
   }
