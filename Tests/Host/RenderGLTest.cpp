@@ -207,6 +207,25 @@ TEST(VelmiraRender, ComparePictureHoldsBeforeLeftAndAfterRight) {
   }
 }
 
+TEST(VelmiraRender, CompareFrameChoosesTheVideoFrameOfTheBeforeAfterPicture) {
+  MediaFixtures fixtures;
+  std::string input = fixtures.makeVideo({});
+  VelmiraRun run = VelmiraRun::run(
+      {"render", input, "-o", "v.mp4", "--compare", "five.png", "--compare-frame", "5", "--quiet"}, fixtures.folder());
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  ArgbFrame fifth = readFrames(input).at(5);
+  ArgbFrame both = readFrames(fixtures.path("five.png")).front();
+  ASSERT_EQ(both.height, fifth.height);
+  for (int y = 0; y < fifth.height; ++y) {
+    ASSERT_EQ(std::memcmp(both.row(y), fifth.row(y), fifth.width * 4), 0) << "left half is not frame 5, row " << y;
+  }
+  run = VelmiraRun::run({"render", input, "-o", "w.mp4", "--compare", "x.png", "--compare-frame", "50", "--frames",
+                         "0-3"},
+                        fixtures.folder());
+  EXPECT_EQ(run.exitCode, 2) << run.err;
+  EXPECT_NE(run.err.find("--compare-frame 50 lies outside --frames 0-3"), std::string::npos) << run.err;
+}
+
 TEST(VelmiraRender, NoInputRendersTheBundledPortraitIntoOut) {
   MediaFixtures fixtures;
   VelmiraRun run = VelmiraRun::run({"render"}, fixtures.folder());
