@@ -19,7 +19,6 @@ public:
   void finish();
 
   double elapsedSeconds() const;
-  bool drawing() const { return mDrawing; }
 
 private:
   void draw(std::int64_t framesDone);

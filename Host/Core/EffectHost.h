@@ -22,12 +22,13 @@ namespace Quillmere::Velmira {
 // the effect's GL contexts belong to it.
 class EffectHost {
 public:
+  // What the plug-in prints is kept from standard output, which carries the command's
+  // results; it reaches standard error when shown, or when the command that printed it failed.
   explicit EffectHost(const std::string& pluginPath, bool showPluginOutput = false);
   ~EffectHost();
   EffectHost(const EffectHost&) = delete;
   EffectHost& operator=(const EffectHost&) = delete;
 
-  const PluginModule& module() const { return *mModule; }
   const std::vector<SliderDefinition>& sliders() const { return mSliders; }
   std::string about();
 
@@ -39,10 +40,6 @@ public:
 
   // One frame through smart pre-render and smart render; output has the input's size.
   void render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time);
-
-  // What the plug-in prints is kept from standard output, which carries the command's
-  // results; it reaches standard error when shown, or when the command that printed it failed.
-  void showPluginOutput(bool shown) { mShowPluginOutput = shown; }
 
   // Parameters checked out and not yet checked in, over the host's life.
   int openParamCheckouts() const { return mOpenParamCheckouts; }

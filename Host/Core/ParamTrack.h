@@ -23,10 +23,8 @@ public:
   // Throws std::invalid_argument with a message that quotes the faulty piece.
   static ParamTrack parse(const std::string& text);
 
-  const std::vector<Key>& keys() const { return mKeys; }
   // Throws std::out_of_range naming the slider and its valid range when a key lies outside.
   void checkRange(const SliderDefinition& slider) const;
-  bool animated() const { return mKeys.size() > 1; }
 
   // Frame times become seconds at this rate; keys are then ordered by time. Throws
   // std::invalid_argument when two keys land on the same time.
