@@ -33,9 +33,11 @@ TEST(VelmiraBadInput, FailsNamingTheFileAndNeverTouchesTheOutput) {
       {"corrupt video", fixtures.makeCorrupt(video, "noise.mp4"), ""},
       {"unknown format", fixtures.path("notes.png"), ""},
       {"empty file", fixtures.path("empty.png"), ""},
+      {"folder, not a file", fixtures.path("folder.png"), ""},
       {"frame above the GL texture limit", tooWide, "larger than this OpenGL's texture limit"},
   };
   writeFile(fixtures.path("empty.png"), "");
+  fs::create_directories(fixtures.path("folder.png"));
   for (const auto& c : cases) {
     std::string output = fixtures.path("kept.png");
     writeFile(output, "an earlier result");
