@@ -12,27 +12,8 @@
 #define kPFIterateFloatSuite "PF iterateFloat Suite"
 #define kPFIterateFloatSuiteVersion1 1
 
-typedef struct PF_ANSICallbacksSuite1 {
-  A_FpLong (*atan)(A_FpLong);
-  A_FpLong (*atan2)(A_FpLong y, A_FpLong x);
-  A_FpLong (*ceil)(A_FpLong);
-  A_FpLong (*cos)(A_FpLong);
-  A_FpLong (*exp)(A_FpLong);
-  A_FpLong (*fabs)(A_FpLong);
-  A_FpLong (*floor)(A_FpLong);
-  A_FpLong (*fmod)(A_FpLong x, A_FpLong y);
-  A_FpLong (*hypot)(A_FpLong x, A_FpLong y);
-  A_FpLong (*log)(A_FpLong);
-  A_FpLong (*log10)(A_FpLong);
-  A_FpLong (*pow)(A_FpLong x, A_FpLong y);
-  A_FpLong (*sin)(A_FpLong);
-  A_FpLong (*sqrt)(A_FpLong);
-  A_FpLong (*tan)(A_FpLong);
-  int (*sprintf)(A_char* buffer, const A_char* format, ...);
-  A_char* (*strcpy)(A_char* dest, const A_char* src);
-  A_FpLong (*asin)(A_FpLong);
-  A_FpLong (*acos)(A_FpLong);
-} PF_ANSICallbacksSuite1;
+// The suite hands out the same C library table that in_data->utils->ansi holds.
+typedef PF_ANSICallbacks PF_ANSICallbacksSuite1;
 
 typedef struct PF_HandleSuite1 {
   PF_Handle (*host_new_handle)(A_HandleSize size);
