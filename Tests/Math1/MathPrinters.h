@@ -6,31 +6,17 @@
 #include <ostream>
 
 #include "Math/Rect.h"
-#include "Math/Vec2.h"
 #include "Math/Vec3.h"
-#include "Math/Vec4.h"
 
 namespace Quillmere::Velmira {
 
-inline void PrintTo(const Vec2& v, std::ostream* os)
-{
-    *os << "Vec2(" << v.x << ", " << v.y << ")";
-}
-
-inline void PrintTo(const Vec3& v, std::ostream* os)
-{
-    *os << "Vec3(" << v.x << ", " << v.y << ", " << v.z << ")";
-}
-
+inline void PrintTo(const Vec2& v, std::ostream* os) { *os << "(" << v.x << ", " << v.y << ")"; }
+inline void PrintTo(const Vec3& v, std::ostream* os) { *os << "(" << v.x << ", " << v.y << ", " << v.z << ")"; }
 inline void PrintTo(const Vec4& v, std::ostream* os)
 {
-    *os << "Vec4(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
+    *os << "(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
 }
-
 // Needed beside Vec4's: GoogleTest's own template would match a Rect exactly.
-inline void PrintTo(const Rect& r, std::ostream* os)
-{
-    *os << "Rect(" << r.x << ", " << r.y << ", " << r.z << ", " << r.w << ")";
-}
+inline void PrintTo(const Rect& r, std::ostream* os) { PrintTo(static_cast<const Vec4&>(r), os); }
 
 }  // namespace Quillmere::Velmira

@@ -15,29 +15,10 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-// Every element written here, so the test depends on no Mat4 operation.
-Mat4 matrixOf(const double (&elements)[16])
-{
-    Mat4 m(false);
-    for (int i = 0; i < 16; ++i) {
-        m.m[i] = elements[i];
-    }
-    return m;
-}
-
+// Column-major elements, so m[4] is row 0, column 1.
 Mat4 translation(double tx, double ty, double tz)
 {
-    return matrixOf({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, tx, ty, tz, 1});
-}
-
-Quaternion quaternionOf(double x, double y, double z, double w)
-{
-    Quaternion q;
-    q.x = x;
-    q.y = y;
-    q.z = z;
-    q.w = w;
-    return q;
+    return Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, tx, ty, tz, 1, true);
 }
 
 rc::Gen<double> coordinate()
@@ -45,42 +26,39 @@ rc::Gen<double> coordinate()
     return rc::gen::map(rc::gen::inRange(-1000000, 1000001), [](int v) { return v / 1000.0; });
 }
 
-TEST(Vec3, ZeroLengthGoesAlongX)
+Vec3 anyVec3() { return Vec3(*coordinate(), *coordinate(), *coordinate()); }
+
+TEST(Vec3, ZeroLengthGoesAlongXAndAnglesAreRadians)
 {
-    Vec3 v;
+    Vec3 v, w;
     v.normalize();
-    EXPECT_EQ(v, Vec3(1, 0, 0));
-    Vec3 w;
     w.setLength(3);
+    EXPECT_EQ(v, Vec3(1, 0, 0));
     EXPECT_EQ(w, Vec3(3, 0, 0));
     Vec3 d(5, 6, 7);
-    d.transformDirection(matrixOf({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 1}));
+    d.transformDirection(Mat4(false));
     EXPECT_EQ(d, Vec3(1, 0, 0)) << "a zero direction normalises to x";
     EXPECT_TRUE(std::isnan(Vec3().angleBetween(Vec3(1, 0, 0))));
     EXPECT_EQ(Vec3(1, 0, 0).angleBetween(Vec3(0, 1, 0)), 1.5707963267948966) << "radians, unlike Vec2";
 }
 
-TEST(Vec3, IndexedSetSendsEveryOtherIndexToZ)
+TEST(Vec3, IndexedSetAndLargestComponentFavourZ)
 {
     const struct {
         int index;
         Vec3 expected;
-    } cases[] = {{0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
-    for (const auto& c : cases) {
+    } sets[] = {{0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
+    for (const auto& c : sets) {
         Vec3 v;
         v.set(c.index, 9.0);
         EXPECT_EQ(v, c.expected) << "index " << c.index;
     }
-}
-
-TEST(Vec3, LargestAbsComponentGivesTiesToTheLater)
-{
+    // Ties go to the later component.
     const struct {
         Vec3 v;
         int index;
-    } cases[] = {{{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2},
-                 {{0, 0, 0}, 2},  {{0, -5, 1}, 1}, {{1, 2, -3}, 2}};
-    for (const auto& c : cases) {
+    } largest[] = {{{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2}, {{0, -5, 1}, 1}};
+    for (const auto& c : largest) {
         EXPECT_EQ(c.v.largestAbsComponent(), c.index) << "(" << c.v.x << ", " << c.v.y << ", " << c.v.z << ")";
     }
 }
@@ -88,9 +66,7 @@ TEST(Vec3, LargestAbsComponentGivesTiesToTheLater)
 TEST(Vec3, OrthoPicksTheAxisFromTheObjectNotFromV)
 {
     const struct {
-        Vec3 object;
-        Vec3 v;
-        Vec3 expected;
+        Vec3 object, v, expected;
     } cases[] = {
         {{1, 0, 0}, {0, 1, 0}, {1, 0, 0}},  // largest x: axis z, (0,1,0) x (0,0,1)
         {{0, 5, 0}, {0, 0, 1}, {0, 1, 0}},  // largest y: axis x
@@ -107,14 +83,9 @@ TEST(Vec3, OrthoPicksTheAxisFromTheObjectNotFromV)
 TEST(Vec3, CyclicDifferenceWrapsOnceAndKeepsHalfAPeriod)
 {
     const struct {
-        double a;
-        double b;
-        double period;
-        double expected;
-    } cases[] = {
-        {350, 10, 360, -20}, {10, 350, 360, 20}, {190, 10, 360, 180}, {10, 190, 360, -180},
-        {730, 0, 360, 370},  {-730, 0, 360, -370}, {5, 1, 0, 4},
-    };
+        double a, b, period, expected;
+    } cases[] = {{350, 10, 360, -20}, {10, 350, 360, 20},  {190, 10, 360, 180},  {10, 190, 360, -180},
+                 {730, 0, 360, 370},  {-730, 0, 360, -370}, {5, 1, 0, 4}};
     for (const auto& c : cases) {
         EXPECT_EQ(cyclicDifference(c.a, c.b, c.period), c.expected)
             << "cyclicDifference(" << c.a << ", " << c.b << ", " << c.period << ")";
@@ -134,58 +105,35 @@ TEST(Vec3, ArithmeticIsByComponentAndEqualityPerComponent)
     EXPECT_TRUE(Vec3(0, 0, 0).equal(Vec3(0.5, -0.5, 0.5), 0.5)) << "inclusive";
 }
 
-TEST(Vec3, MatrixApplicationUsesColumnMajorElements)
+TEST(Vec3, MatricesApplyThroughColumnMajorElements)
 {
-    Vec3 p(1, 2, 3);
+    Vec3 p(1, 2, 3), dir(0, 0.6, 0.8), sheared(1, 2, 3), column;
     p.applyMatrix4(translation(10, 20, 30));
     EXPECT_EQ(p, Vec3(11, 22, 33));
-
-    Vec3 dir(0, 0.6, 0.8);
     dir.transformDirection(translation(10, 20, 30));
     EXPECT_EQ(dir, Vec3(0, 0.6, 0.8)) << "translation does not move a direction";
-
-    // m[4] is row 0, column 1: it feeds y into x.
-    Vec3 sheared(1, 2, 3);
-    sheared.applyMatrix4(matrixOf({1, 0, 0, 0, 5, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
-    EXPECT_EQ(sheared, Vec3(11, 2, 3));
-
-    Vec3 column;
-    column.setFromMatrixColumn(matrixOf({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}), 2);
+    sheared.applyMatrix4(Mat4(1, 0, 0, 0, 5, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, true));
+    EXPECT_EQ(sheared, Vec3(11, 2, 3)) << "m[4] feeds y into x";
+    column.setFromMatrixColumn(Mat4(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, true), 2);
     EXPECT_EQ(column, Vec3(9, 10, 11));
-}
-
-TEST(Vec3, ProjectionDividesByTheBottomRow)
-{
-    Vec3 same(1, 2, 3);
-    same.applyProjection(translation(0, 0, 0));
-    EXPECT_EQ(same, Vec3(1, 2, 3));
 
     // Bottom row (0, 0, 0.5, 0): w = z / 2 = 2.
-    Vec3 halved(2, 4, 4);
-    halved.applyProjection(matrixOf({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0.5, 0, 0, 0, 0}));
+    Vec3 halved(2, 4, 4), infinite(1, 2, 3);
+    halved.applyProjection(Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0.5, 0, 0, 0, 0, true));
     EXPECT_EQ(halved, Vec3(1, 2, 2));
-
-    Vec3 infinite(1, 2, 3);
-    infinite.applyProjection(matrixOf({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0}));
+    infinite.applyProjection(Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, true));
     EXPECT_EQ(infinite.x, kInf) << "no guard against a zero denominator";
-}
 
-TEST(Vec3, QuaternionIsAppliedWithoutNormalising)
-{
-    const double h = std::sqrt(0.5);
-    Vec3 v(1, 0, 0);
-    v.applyQuaternion(quaternionOf(0, 0, h, h));  // a quarter turn about z
-    EXPECT_EQ(v, Vec3(0, 1, 0));
-
-    // q = 2: q v q* scales by |q|^2 = 4.
-    Vec3 scaled(1, 2, 3);
-    scaled.applyQuaternion(quaternionOf(0, 0, 0, 2));
-    EXPECT_EQ(scaled, Vec3(4, 8, 12));
+    Vec3 turned(1, 0, 0), scaled(1, 2, 3);
+    turned.applyQuaternion(Quaternion(0, 0, std::sqrt(0.5), std::sqrt(0.5)));
+    EXPECT_EQ(turned, Vec3(0, 1, 0)) << "a quarter turn about z";
+    scaled.applyQuaternion(Quaternion(0, 0, 0, 2));
+    EXPECT_EQ(scaled, Vec3(4, 8, 12)) << "q v q* scales by |q|^2: the quaternion is not normalised";
 }
 
 RC_GTEST_PROP(Vec3Property, NormalizedNonZeroVectorHasUnitLength, ())
 {
-    Vec3 v(*coordinate(), *coordinate(), *coordinate());
+    Vec3 v = anyVec3();
     RC_PRE(!v.isZero());
     v.normalize();
     // A few roundings in the sum, the root and the scaling: 1e-15 is ~4 ulp.
@@ -194,16 +142,15 @@ RC_GTEST_PROP(Vec3Property, NormalizedNonZeroVectorHasUnitLength, ())
 
 RC_GTEST_PROP(Vec3Property, UnitQuaternionAndItsConjugateReturnTheVector, ())
 {
-    const Vec3 original(*coordinate(), *coordinate(), *coordinate());
-    Vec3 axis(*coordinate(), *coordinate(), *coordinate());
+    const Vec3 original = anyVec3();
+    Vec3 axis = anyVec3();
     RC_PRE(!axis.isZero());
     axis.normalize();
-    const double half = *coordinate() * 0.5;
-    const double s = std::sin(half);
+    const double half = *coordinate() * 0.5, s = std::sin(half);
     Vec3 v = original;
-    v.applyQuaternion(quaternionOf(axis.x * s, axis.y * s, axis.z * s, std::cos(half)));
+    v.applyQuaternion(Quaternion(axis.x * s, axis.y * s, axis.z * s, std::cos(half)));
     const double length = v.length();
-    v.applyQuaternion(quaternionOf(-axis.x * s, -axis.y * s, -axis.z * s, std::cos(half)));
+    v.applyQuaternion(Quaternion(-axis.x * s, -axis.y * s, -axis.z * s, std::cos(half)));
     // Vectors up to length 1733 through two rotations of a few roundings each.
     RC_ASSERT(std::fabs(length - original.length()) <= 1e-9);
     RC_ASSERT(v.equal(original, 1e-9));
