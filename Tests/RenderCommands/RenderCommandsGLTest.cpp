@@ -3,7 +3,7 @@
 // the order of setdown, and a second setup within one load.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -21,50 +21,36 @@ using namespace Quillmere::Velmira;
 
 namespace {
 
-ReferenceSliders blur(double size, double whiten = 30.0) {
-    ReferenceSliders sliders;
-    sliders.blur = size;
-    sliders.whiten = whiten;
-    return sliders;
-}
-
-// The plug-in's objects live in its own share group: counted with its shared context current, then the thread is
-// handed back to the host.
-LiveObjects pluginObjects(HostGLContext& hostContext) {
-    AEOpenGLContextManager::getSharedDataContext()->makeContextCurrent();
-    const LiveObjects live = LiveObjects::count();
-    hostContext.makeCurrent();
-    return live;
-}
-
-std::string joined(const std::vector<std::string>& items) {
-    std::string text;
-    for (const std::string& item : items) {
-        text += item + " ";
+// The names among `wanted`, in order, with repeats in a row told once when `collapse`.
+std::vector<std::string> among(const std::vector<std::string>& names, const std::vector<std::string>& wanted,
+                               bool collapse = false) {
+    std::vector<std::string> kept;
+    for (const std::string& name : names) {
+        if (std::find(wanted.begin(), wanted.end(), name) != wanted.end() &&
+            !(collapse && !kept.empty() && kept.back() == name)) {
+            kept.push_back(name);
+        }
     }
-    return text;
+    return kept;
 }
 
 class RenderCommands : public ::testing::Test {
 protected:
     void SetUp() override { hostContext.makeCurrent(); }
 
+    // The plug-in's objects live in its own share group: counted with its shared context current, then the thread
+    // is handed back to the host.
+    LiveObjects pluginObjects() {
+        AEOpenGLContextManager::getSharedDataContext()->makeContextCurrent();
+        const LiveObjects live = LiveObjects::count();
+        hostContext.makeCurrent();
+        return live;
+    }
+
     HostGLContext hostContext;
 };
 
 }  // namespace
-
-TEST_F(RenderCommands, HostContextIsCurrentAfterEveryCommand) {
-    HostDouble host;
-    EffectSession session(host, false);
-    ASSERT_EQ(session.setup(), PF_Err_NONE);
-    EXPECT_TRUE(hostContext.isCurrent()) << "after global setup";
-    TestFrames::fill(session.frame(8, 6), TestFrames::Kind::SkinGrain);
-    ASSERT_EQ(session.render(), PF_Err_NONE);
-    EXPECT_TRUE(hostContext.isCurrent()) << "after smart render";
-    ASSERT_EQ(session.setdown(), PF_Err_NONE);
-    EXPECT_TRUE(hostContext.isCurrent()) << "after global setdown";
-}
 
 TEST_F(RenderCommands, OneFrameRunsUploadSkinPassResolveScreenPassReadBackInOrder) {
     HostDouble host;
@@ -75,42 +61,17 @@ TEST_F(RenderCommands, OneFrameRunsUploadSkinPassResolveScreenPassReadBackInOrde
     GLCallLog log;
     ASSERT_EQ(session.render(), PF_Err_NONE);
     const std::vector<std::string> expected = {
-        "glDrawBuffer",      "glRenderbufferStorageMultisample", "glTexSubImage2D", "glDrawArrays",
-        "glDeleteTextures",  "glBlitFramebuffer",                "glDrawArrays",    "glDeleteTextures",
+        "glDrawBuffer",     "glRenderbufferStorageMultisample", "glTexSubImage2D", "glDrawArrays",
+        "glDeleteTextures", "glBlitFramebuffer",                "glDrawArrays",    "glDeleteTextures",
         "glReadPixels"};
-    std::vector<std::string> names;
-    for (const GLCallLog::Call& call : log.calls()) {
-        if (std::find(expected.begin(), expected.end(), call.name) != expected.end()) {
-            names.push_back(call.name);
-        }
-    }
-    EXPECT_EQ(names, expected) << joined(names);
+    EXPECT_EQ(among(log.names(), expected), expected);
     // The host's calls: both worlds before the sliders, the sliders before the read-back's handle.
-    std::vector<std::string> hostCalls;
-    for (const std::string& name : host.callNames()) {
-        if (name == "checkout_layer_pixels" || name == "checkout_output" || name == "checkout_param" ||
-            name == "HandleSuite.host_new_handle") {
-            if (hostCalls.empty() || hostCalls.back() != name) {
-                hostCalls.push_back(name);
-            }
-        }
-    }
-    EXPECT_EQ(hostCalls, (std::vector<std::string>{"checkout_layer_pixels", "checkout_output", "checkout_param",
-                                                   "HandleSuite.host_new_handle"}))
-        << joined(hostCalls);
-}
-
-TEST_F(RenderCommands, FailedCheckoutReturnsTheHostsErrorBeforeAnyGLWork) {
-    for (const char* callback : {"checkout_layer_pixels", "checkout_output"}) {
-        HostDouble host;
-        EffectSession session(host);
-        TestFrames::fill(session.frame(8, 6), TestFrames::Kind::SkinGrain);
-        host.failCall(callback, 1, PF_Err_INTERNAL_STRUCT_DAMAGED);
-        GLCallLog log;
-        EXPECT_EQ(session.render(), PF_Err_INTERNAL_STRUCT_DAMAGED) << callback;
-        EXPECT_TRUE(log.calls().empty()) << callback << ": " << log.calls()[0].text();
-        EXPECT_TRUE(hostContext.isCurrent()) << callback;
-    }
+    const std::vector<std::string> bracket = {"checkout_layer_pixels", "checkout_output", "checkout_param",
+                                              "HandleSuite.host_new_handle"};
+    EXPECT_EQ(among(host.callNames(), bracket, true), bracket);
+    EXPECT_EQ(host.heldSuites(), 0);
+    EXPECT_EQ(host.liveHandles(), 0);
+    EXPECT_TRUE(hostContext.isCurrent());
 }
 
 TEST_F(RenderCommands, SameSizeKeepsFrameBuffersAndANewSizeRemakesThem) {
@@ -136,17 +97,17 @@ TEST_F(RenderCommands, TheShaderIsRebuiltWhenTheBlurSizeChangesAndOnlyThen) {
     HostDouble host;
     EffectSession session(host);
     struct Step {
-        ReferenceSliders sliders;
+        ReferenceSliders sliders;  // blur, range, whiten, redden, pinking
         int links;
         const char* what;
     };
     const Step steps[] = {
-        {blur(9), 2, "first frame: the skin shader and the last pass"},
-        {blur(9), 0, "nothing changed"},
-        {blur(11), 1, "a new blur size"},
-        {blur(11), 0, "the same new size"},
-        {blur(11, 80), 0, "only whitening changed"},
-        {blur(11.4, 80), 1, "a fraction more, the same integer size"},
+        {{9, 10, 30}, 2, "first frame: the skin shader and the last pass"},
+        {{9, 10, 30}, 0, "nothing changed"},
+        {{11, 10, 30}, 1, "a new blur size"},
+        {{11, 10, 30}, 0, "the same new size"},
+        {{11, 10, 80}, 0, "only whitening changed"},
+        {{11.4, 10, 80}, 1, "a fraction more, the same integer size"},
     };
     for (const Step& step : steps) {
         session.setSliders(step.sliders);
@@ -166,55 +127,64 @@ TEST_F(RenderCommands, GlobalSetdownReleasesFrameBufferObjectsThenTheRenderObjec
     const uint32_t mainRenderBuffer = AEOpenglMainFrameBuffer::mainFrameBuffer()->mainRenderBuffer();
     GLCallLog log;
     ASSERT_EQ(session.setdown(), PF_Err_NONE);
-    const std::vector<std::string> deletions =
-        log.only({"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram", "glDeleteVertexArrays"});
-    ASSERT_EQ(deletions.size(), 5u) << joined(deletions);
-    EXPECT_EQ(deletions[0].rfind("glDeleteRenderbuffers", 0), 0u) << "the main render buffer first: " << deletions[0];
-    EXPECT_NE(deletions[0].find(std::to_string(mainRenderBuffer)), std::string::npos) << deletions[0];
-    EXPECT_EQ(deletions[1].rfind("glDeleteBuffers", 0), 0u) << "then the last pass's quad: " << deletions[1];
-    EXPECT_EQ(deletions[2].rfind("glDeleteProgram", 0), 0u) << "and its program: " << deletions[2];
-    EXPECT_EQ(deletions[3].rfind("glDeleteProgram", 0), 0u) << "then the skin shader: " << deletions[3];
-    EXPECT_EQ(deletions[4].rfind("glDeleteBuffers", 0), 0u) << "and the skin pass's quad: " << deletions[4];
+    // The main render buffer first, then the last pass's quad and program, then the skin shader and its quad.
+    const std::vector<std::string> deleted = {"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram",
+                                              "glDeleteVertexArrays"};
+    EXPECT_EQ(among(log.names(), deleted), (std::vector<std::string>{"glDeleteRenderbuffers", "glDeleteBuffers",
+                                                                     "glDeleteProgram", "glDeleteProgram",
+                                                                     "glDeleteBuffers"}));
+    const std::string first = log.only(deleted).at(0);
+    EXPECT_NE(first.find(std::to_string(mainRenderBuffer)), std::string::npos) << first;
     EXPECT_EQ(AEOpenGLContextManager::getSharedDataContext(), nullptr) << "the contexts go last";
     EXPECT_TRUE(hostContext.isCurrent());
 }
 
 TEST_F(RenderCommands, AFailureAtAnyStepGivesTheHostItsContextBackAndLeaksNothing) {
+    enum class Fault { Fails, Throws };  // the callback returns `code`, or throws it as an int
     struct Case {
         const char* what;
-        std::function<void(HostDouble&)> inject;
+        Fault fault;
+        const char* callback;
+        int call;  // which call of the callback
+        int code;
         PF_Err result;
     };
+    // A failed checkout is the host's error, given back before any GL work has begun.
     const Case cases[] = {
-        {"the first slider throws", [](HostDouble& h) { h.throwIntOnCall("checkout_param", 1, 7); },
+        {"the input checkout fails", Fault::Fails, "checkout_layer_pixels", 1, PF_Err_INTERNAL_STRUCT_DAMAGED,
+         PF_Err_INTERNAL_STRUCT_DAMAGED},
+        {"the output checkout fails", Fault::Fails, "checkout_output", 1, PF_Err_INTERNAL_STRUCT_DAMAGED,
+         PF_Err_INTERNAL_STRUCT_DAMAGED},
+        {"the first slider throws", Fault::Throws, "checkout_param", 1, 7, PF_Err_BAD_CALLBACK_PARAM},
+        {"a slider cannot be read", Fault::Fails, "checkout_param", 2, PF_Err_INVALID_INDEX, PF_Err_INVALID_INDEX},
+        {"the fourth slider throws", Fault::Throws, "checkout_param", 4, 7, PF_Err_BAD_CALLBACK_PARAM},
+        {"a check-in throws", Fault::Throws, "checkin_param", 5, 7, PF_Err_BAD_CALLBACK_PARAM},
+        {"the upload's pixels throw", Fault::Throws, "get_pixel_data8", 1, 7, PF_Err_BAD_CALLBACK_PARAM},
+        {"no handle suite", Fault::Fails, "AcquireSuite", 1, HostDouble::kSuiteNotFound, PF_Err_BAD_CALLBACK_PARAM},
+        {"no handle", Fault::Fails, "HandleSuite.host_new_handle", 1, PF_Err_OUT_OF_MEMORY,
          PF_Err_BAD_CALLBACK_PARAM},
-        {"the fourth slider throws", [](HostDouble& h) { h.throwIntOnCall("checkout_param", 4, 7); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"a check-in throws", [](HostDouble& h) { h.throwIntOnCall("checkin_param", 5, 7); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"the upload's pixels throw", [](HostDouble& h) { h.throwIntOnCall("get_pixel_data8", 1, 7); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"no handle suite", [](HostDouble& h) { h.failCall("AcquireSuite", 1, HostDouble::kSuiteNotFound); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"no handle", [](HostDouble& h) { h.failCall("HandleSuite.host_new_handle", 1, PF_Err_OUT_OF_MEMORY); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"a read-back row throws", [](HostDouble& h) { h.throwIntOnCall("get_pixel_data8", 3, 7); },
-         PF_Err_BAD_CALLBACK_PARAM},
-        {"a slider cannot be read", [](HostDouble& h) { h.failCall("checkout_param", 2, PF_Err_INVALID_INDEX); },
-         PF_Err_INVALID_INDEX},
+        {"a read-back row throws", Fault::Throws, "get_pixel_data8", 3, 7, PF_Err_BAD_CALLBACK_PARAM},
     };
     for (const Case& c : cases) {
         HostDouble host;
         EffectSession session(host);
-        session.setSliders(blur(1));
+        session.setSliders({1});
         TestFrames::fill(session.frame(10, 8), TestFrames::Kind::SkinGrain);
         ASSERT_EQ(session.render(), PF_Err_NONE) << c.what;
-        const LiveObjects before = pluginObjects(hostContext);
+        const LiveObjects before = pluginObjects();
         host.clearCalls();
-        c.inject(host);
+        if (c.fault == Fault::Fails) {
+            host.failCall(c.callback, c.call, c.code);
+        } else {
+            host.throwIntOnCall(c.callback, c.call, c.code);
+        }
+        GLCallLog log;
         EXPECT_EQ(session.render(), c.result) << c.what;
+        if (c.result == PF_Err_INTERNAL_STRUCT_DAMAGED) {
+            EXPECT_TRUE(log.calls().empty()) << c.what << ": " << log.calls()[0].text();
+        }
         EXPECT_TRUE(hostContext.isCurrent()) << c.what;
-        const LiveObjects after = pluginObjects(hostContext);
+        const LiveObjects after = pluginObjects();
         EXPECT_EQ(after.textures, before.textures) << c.what;
         EXPECT_EQ(after.renderbuffers, before.renderbuffers) << c.what;
         EXPECT_TRUE(AEOpenglMainFrameBuffer::mainFrameBuffer()->renderBufferStack().empty()) << c.what;
@@ -229,7 +199,9 @@ TEST_F(RenderCommands, AFailureAtAnyStepGivesTheHostItsContextBackAndLeaksNothin
 
 TEST_F(RenderCommands, SetupAfterSetdownWithinOneLoadRendersAgain) {
     HostDouble host;
-    EffectSession session(host);
+    EffectSession session(host, false);
+    ASSERT_EQ(session.setup(), PF_Err_NONE);
+    EXPECT_TRUE(hostContext.isCurrent()) << "after global setup";
     TestFrames::fill(session.frame(16, 9), TestFrames::Kind::HueSweep);
     ASSERT_EQ(session.render(), PF_Err_NONE);
     ASSERT_EQ(session.setdown(), PF_Err_NONE);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -21,18 +20,22 @@ struct Rendered {
     std::vector<std::uint8_t> bytes;
 };
 
-// One frame rendered on a thread of its own, joined before the next: the threads take turns, as a host that does
-// not render this effect's frames concurrently would.
-Rendered renderOnNewThread(EffectSession& session, HostDouble& host) {
+// One frame rendered on this thread, or on a thread of its own joined before the next: the threads take turns, as
+// a host that does not render this effect's frames concurrently would.
+Rendered renderOn(bool newThread, EffectSession& session, HostDouble& host) {
     Rendered rendered;
-    std::thread thread([&] {
+    auto render = [&] {
         rendered.result = session.render();
         rendered.deviation = session.deviation().maximum;
         HostWorld* output = host.outputWorld();
         const auto* data = reinterpret_cast<const std::uint8_t*>(output->world()->data);
         rendered.bytes.assign(data, data + static_cast<std::size_t>(output->rowbytes()) * output->height());
-    });
-    thread.join();
+    };
+    if (newThread) {
+        std::thread(render).join();
+    } else {
+        render();
+    }
     return rendered;
 }
 
@@ -43,13 +46,10 @@ TEST(RenderThreads, ThreadsRenderingInTurnGiveTheSamePixels) {
     EffectSession session(host);
     TestFrames::fill(session.frame(40, 30, 0, 40 * 4 + 8), TestFrames::Kind::SkinGrain);
     std::vector<Rendered> frames;
-    for (int turn = 0; turn < 3; ++turn) {
-        frames.push_back(renderOnNewThread(session, host));
+    // Three new threads, then the main thread too: a fourth context of the share group.
+    for (bool newThread : {true, true, true, false}) {
+        frames.push_back(renderOn(newThread, session, host));
     }
-    // The main thread too, after the others: a fourth context of the share group.
-    frames.push_back(Rendered{session.render(), session.deviation().maximum, {}});
-    const auto* data = reinterpret_cast<const std::uint8_t*>(host.outputWorld()->world()->data);
-    frames.back().bytes.assign(data, data + frames.front().bytes.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         EXPECT_EQ(frames[i].result, PF_Err_NONE) << "render " << i;
         EXPECT_EQ(frames[i].deviation, 0) << "render " << i;
@@ -60,15 +60,16 @@ TEST(RenderThreads, ThreadsRenderingInTurnGiveTheSamePixels) {
 TEST(RenderThreads, AThreadKeepsItsContextAcrossSizeChangesOnAnother) {
     HostDouble host;
     EffectSession session(host);
-    // Thread A draws at one size, the main thread changes the size, and a render on a new thread and on the main
+    // A thread draws at one size, the main thread changes the size, and renders on a new thread and on the main
     // thread at the first size again must both be whole.
-    TestFrames::fill(session.frame(24, 16), TestFrames::Kind::HueSweep);
-    EXPECT_EQ(renderOnNewThread(session, host).deviation, 0) << "first size on a thread";
-    TestFrames::fill(session.frame(17, 33), TestFrames::Kind::HueSweep);
-    ASSERT_EQ(session.render(), PF_Err_NONE);
-    EXPECT_EQ(session.deviation().maximum, 0) << "second size on the main thread";
-    TestFrames::fill(session.frame(24, 16), TestFrames::Kind::SkinGrain);
-    EXPECT_EQ(renderOnNewThread(session, host).deviation, 0) << "first size again, on a new thread";
-    ASSERT_EQ(session.render(), PF_Err_NONE);
-    EXPECT_EQ(session.deviation().maximum, 0) << "first size again, on the main thread";
+    struct Step {
+        A_long width, height;
+        bool newThread;
+    };
+    for (const Step& step : {Step{24, 16, true}, Step{17, 33, false}, Step{24, 16, true}, Step{24, 16, false}}) {
+        TestFrames::fill(session.frame(step.width, step.height), TestFrames::Kind::HueSweep);
+        const Rendered rendered = renderOn(step.newThread, session, host);
+        EXPECT_EQ(rendered.result, PF_Err_NONE);
+        EXPECT_EQ(rendered.deviation, 0) << step.width << "x" << step.height << (step.newThread ? " on a new thread" : "");
+    }
 }
