@@ -46,28 +46,19 @@ void PrintTo(const Setting& setting, std::ostream* out) {
     *out << setting.name;
 }
 
-ReferenceSliders sliders(double blur, double range, double whiten, double redden, double pinking) {
-    ReferenceSliders s;
-    s.blur = blur;
-    s.range = range;
-    s.whiten = whiten;
-    s.redden = redden;
-    s.pinking = pinking;
-    return s;
-}
-
+// Sliders in order: blur, range, whiten, redden, pinking.
 const Setting kSettings[] = {
-    {"Defaults", sliders(9, 10, 30, 0, 0), true},
-    {"BlurZero", sliders(0, 20, 30, 0, 0), false},
-    {"BlurOne", sliders(1, 30, 0, 0, 0), false},
-    {"BlurThreeFullRange", sliders(3, 100, 0, 0, 0), false},
-    {"BlurThirty", sliders(30, 15, 0, 0, 0), true},
-    {"RangeZeroNothingAdjusted", sliders(9, 0, 0, 0, 0), false},
-    {"WhitenFull", sliders(9, 10, 100, 0, 0), false},
-    {"ReddenFull", sliders(9, 10, 0, 100, 0), false},
-    {"PinkingFull", sliders(9, 10, 0, 0, 100), false},
-    {"AllHalf", sliders(9.4, 50, 50, 50, 50), false},
-    {"AllFull", sliders(30, 100, 100, 100, 100), false},
+    {"Defaults", {9, 10, 30, 0, 0}, true},
+    {"BlurZero", {0, 20, 30, 0, 0}, false},
+    {"BlurOne", {1, 30, 0, 0, 0}, false},
+    {"BlurThreeFullRange", {3, 100, 0, 0, 0}, false},
+    {"BlurThirty", {30, 15, 0, 0, 0}, true},
+    {"RangeZeroNothingAdjusted", {9, 0, 0, 0, 0}, false},
+    {"WhitenFull", {9, 10, 100, 0, 0}, false},
+    {"ReddenFull", {9, 10, 0, 100, 0}, false},
+    {"PinkingFull", {9, 10, 0, 0, 100}, false},
+    {"AllHalf", {9.4, 50, 50, 50, 50}, false},
+    {"AllFull", {30, 100, 100, 100, 100}, false},
 };
 
 struct Frame {
