@@ -35,11 +35,7 @@ TEST(Box3, EmptyStateHasTheSmallestPositiveNormalAsMax)
     box.makeEmpty();
     expectEmptyState(box, "makeEmpty");
     EXPECT_EQ(Box3().getSize().x, -kLargest) << "no test for the empty state";
-    const struct {
-        const char* name;
-        Box3 box;
-        bool empty;
-    } cases[] = {
+    const struct { const char* name; Box3 box; bool empty; } cases[] = {
         {"point at (1,1,1)", {Vec3(1, 1, 1), Vec3(1, 1, 1)}, false},
         {"point at the origin", {Vec3(0, 0, 0), Vec3(0, 0, 0)}, true},
         {"flat box from the origin", {Vec3(0, 0, 0), Vec3(1, 0, 1)}, false},

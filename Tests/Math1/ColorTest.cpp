@@ -27,10 +27,7 @@ void expectChannels(const Color& c, double r, double g, double b, double a, cons
 
 TEST(Color, TextFormsAreArgbWithSinglePrecisionQuotientsAndOtherShapesLeaveWhite)
 {
-    const struct {
-        const char* text;
-        double r, g, b, a;
-    } cases[] = {
+    const struct { const char* text; double r, g, b, a; } cases[] = {
         {"#f00", 1, 0, 0, 1},
         {"#8f00", 1, 0, 0, k8Of15},  // alpha first
         {"#80ff0000", 1, 0, 0, k128Of255},
@@ -81,10 +78,7 @@ TEST(Color, LerpClampsTAndRoundsTheFirstWeightToFloat)
 
 TEST(Color, HexStringTruncatesAndPadsNothing)
 {
-    const struct {
-        Color color;
-        const char* text;
-    } cases[] = {
+    const struct { Color color; const char* text; } cases[] = {
         {Color(), "#FFFFFF"},
         {Color(0, 0, 0, 1), "#000"},
         {Color(1, 1, 1, 0.5), "#7FFFFFFF"},  // 127.5 truncates to 7F

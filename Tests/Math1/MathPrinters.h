@@ -1,7 +1,7 @@
 #pragma once
 
-// Readable failure messages: GoogleTest finds these by argument-dependent
-// lookup and prints the fields instead of raw bytes.
+// Readable failure messages: GoogleTest and the tests' own messages find these by
+// argument-dependent lookup and print the fields instead of raw bytes.
 
 #include <ostream>
 
@@ -10,13 +10,16 @@
 
 namespace Quillmere::Velmira {
 
-inline void PrintTo(const Vec2& v, std::ostream* os) { *os << "(" << v.x << ", " << v.y << ")"; }
-inline void PrintTo(const Vec3& v, std::ostream* os) { *os << "(" << v.x << ", " << v.y << ", " << v.z << ")"; }
-inline void PrintTo(const Vec4& v, std::ostream* os)
+inline std::ostream& operator<<(std::ostream& os, const Vec2& v) { return os << "(" << v.x << ", " << v.y << ")"; }
+inline std::ostream& operator<<(std::ostream& os, const Vec3& v)
 {
-    *os << "(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
+    return os << "(" << v.x << ", " << v.y << ", " << v.z << ")";
 }
-// Needed beside Vec4's: GoogleTest's own template would match a Rect exactly.
-inline void PrintTo(const Rect& r, std::ostream* os) { PrintTo(static_cast<const Vec4&>(r), os); }
+inline std::ostream& operator<<(std::ostream& os, const Vec4& v)
+{
+    return os << "(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
+}
+// Needed beside Vec4's, or a Rect would print as a Vec2 through no overload at all.
+inline std::ostream& operator<<(std::ostream& os, const Rect& r) { return os << static_cast<const Vec4&>(r); }
 
 }  // namespace Quillmere::Velmira

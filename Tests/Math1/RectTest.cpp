@@ -14,21 +14,15 @@ const Rect kTen(0, 0, 10, 10);
 
 TEST(Rect, ContainmentIncludesEveryEdgeIntersectsIsStrictAndTouchesIsNot)
 {
-    const struct {
-        Vec2 p;
-        bool inside;
-    } points[] = {{{10, 10}, true}, {{0, 0}, true}, {{10.0001, 5}, false}, {{5, -1e-9}, false}, {{-1e-9, 5}, false}};
+    const struct { Vec2 p; bool inside; } points[] = {
+        {{10, 10}, true}, {{0, 0}, true}, {{10.0001, 5}, false}, {{5, -1e-9}, false}, {{-1e-9, 5}, false}};
     for (const auto& c : points) {
-        EXPECT_EQ(kTen.containsPoint(c.p), c.inside) << "point (" << c.p.x << ", " << c.p.y << ")";
+        EXPECT_EQ(kTen.containsPoint(c.p), c.inside) << "point " << c.p;
     }
     EXPECT_TRUE(kTen.containsRect(kTen)) << "a rectangle contains itself";
     EXPECT_FALSE(kTen.containsRect(Rect(1, 1, 10, 9)));
     EXPECT_FALSE(Rect(std::numeric_limits<double>::quiet_NaN(), 0, 10, 10).containsPoint(Vec2(5, 5)));
-    const struct {
-        const char* name;
-        Rect other;
-        bool intersects, touches;
-    } others[] = {
+    const struct { const char* name; Rect other; bool intersects, touches; } others[] = {
         {"shared edge", {10, 0, 10, 10}, false, true}, {"shared corner", {10, 10, 5, 5}, false, true},
         {"overlap", {5, 5, 10, 10}, true, true},       {"apart", {11, 0, 1, 1}, false, false},
     };
@@ -54,11 +48,7 @@ TEST(Rect, IntersectUniteAndIncludeWorkOnEdgesAndKeepNegativeSizes)
 
 TEST(Rect, EdgeSettersMoveOrResize)
 {
-    const struct {
-        const char* name;
-        void (*apply)(Rect&);
-        Rect expected;
-    } cases[] = {
+    const struct { const char* name; void (*apply)(Rect&); Rect expected; } cases[] = {
         {"setLeft moves", [](Rect& r) { r.setLeft(5); }, {5, 0, 10, 10}},
         {"setRight resizes", [](Rect& r) { r.setRight(5); }, {0, 0, 5, 10}},
         {"setBottom resizes", [](Rect& r) { r.setBottom(4.0f); }, {0, 0, 10, 4}},
@@ -97,11 +87,8 @@ TEST(Rect, OriginAndSizeEmptyOnlyAtZeroSizeAndEqualPerField)
 
 TEST(Range, ConstructorsFillStartAndLength)
 {
-    const struct {
-        const char* name;
-        Range range;
-        int start, length;
-    } cases[] = {{"full", Range(true), 0, 2147483647}, {"not full", Range(false), 0, 0}, {"start only", Range(7), 7, 0}};
+    const struct { const char* name; Range range; int start, length; } cases[] = {
+        {"full", Range(true), 0, 2147483647}, {"not full", Range(false), 0, 0}, {"start only", Range(7), 7, 0}};
     for (const auto& c : cases) {
         EXPECT_EQ(c.range.start, c.start) << c.name;
         EXPECT_EQ(c.range.length, c.length) << c.name;

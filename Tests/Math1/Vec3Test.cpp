@@ -44,30 +44,22 @@ TEST(Vec3, ZeroLengthGoesAlongXAndAnglesAreRadians)
 
 TEST(Vec3, IndexedSetAndLargestComponentFavourZ)
 {
-    const struct {
-        int index;
-        Vec3 expected;
-    } sets[] = {{0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
+    const struct { int index; Vec3 expected; } sets[] = {{0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
     for (const auto& c : sets) {
         Vec3 v;
         v.set(c.index, 9.0);
         EXPECT_EQ(v, c.expected) << "index " << c.index;
     }
     // Ties go to the later component.
-    const struct {
-        Vec3 v;
-        int index;
-    } largest[] = {{{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2}, {{0, -5, 1}, 1}};
+    const struct { Vec3 v; int index; } largest[] = {{{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2}, {{0, -5, 1}, 1}};
     for (const auto& c : largest) {
-        EXPECT_EQ(c.v.largestAbsComponent(), c.index) << "(" << c.v.x << ", " << c.v.y << ", " << c.v.z << ")";
+        EXPECT_EQ(c.v.largestAbsComponent(), c.index) << c.v;
     }
 }
 
 TEST(Vec3, OrthoPicksTheAxisFromTheObjectNotFromV)
 {
-    const struct {
-        Vec3 object, v, expected;
-    } cases[] = {
+    const struct { Vec3 object, v, expected; } cases[] = {
         {{1, 0, 0}, {0, 1, 0}, {1, 0, 0}},  // largest x: axis z, (0,1,0) x (0,0,1)
         {{0, 5, 0}, {0, 0, 1}, {0, 1, 0}},  // largest y: axis x
         {{0, 0, 3}, {1, 0, 0}, {0, 0, 1}},  // largest z: axis y
@@ -76,25 +68,20 @@ TEST(Vec3, OrthoPicksTheAxisFromTheObjectNotFromV)
     for (const auto& c : cases) {
         Vec3 o = c.object;
         o.ortho(c.v);
-        EXPECT_EQ(o, c.expected) << "object (" << c.object.x << ", " << c.object.y << ", " << c.object.z << ")";
+        EXPECT_EQ(o, c.expected) << "object " << c.object;
     }
 }
 
-TEST(Vec3, CyclicDifferenceWrapsOnceAndKeepsHalfAPeriod)
+TEST(Vec3, ArithmeticIsByComponentEqualityPerComponentAndDifferencesWrapOnce)
 {
-    const struct {
-        double a, b, period, expected;
-    } cases[] = {{350, 10, 360, -20}, {10, 350, 360, 20},  {190, 10, 360, 180},  {10, 190, 360, -180},
-                 {730, 0, 360, 370},  {-730, 0, 360, -370}, {5, 1, 0, 4}};
+    // One wrap at most, and exactly half a period stays.
+    const struct { double a, b, period, expected; } cases[] = {{350, 10, 360, -20}, {10, 350, 360, 20},
+        {190, 10, 360, 180}, {10, 190, 360, -180}, {730, 0, 360, 370}, {-730, 0, 360, -370}, {5, 1, 0, 4}};
     for (const auto& c : cases) {
         EXPECT_EQ(cyclicDifference(c.a, c.b, c.period), c.expected)
             << "cyclicDifference(" << c.a << ", " << c.b << ", " << c.period << ")";
     }
     EXPECT_EQ(Vec3(350, 0, 0).rotationalDifference(Vec3(10, 0, 0)), Vec3(340, 0, 0)) << "period 0: no wrap";
-}
-
-TEST(Vec3, ArithmeticIsByComponentAndEqualityPerComponent)
-{
     Vec3 v(1, 2, 3);
     v *= Vec3(2, 3, 4);
     EXPECT_EQ(v, Vec3(2, 6, 12)) << "operator*= is by component, not a dot product";

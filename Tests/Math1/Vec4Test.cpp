@@ -33,11 +33,7 @@ TEST(Vec4, StartsAtZeroIncludingW)
 
 TEST(Vec4, EqualityIsByEuclideanDistanceAndStrict)
 {
-    const struct {
-        const char* name;
-        Vec4 a, b;
-        bool equal;
-    } cases[] = {
+    const struct { const char* name; Vec4 a, b; bool equal; } cases[] = {
         {"2e-12 apart", {1, 0, 0, 0}, {1 + 2e-12, 0, 0, 0}, false},
         {"9e-13 in one", {0, 0, 0, 0}, {9e-13, 0, 0, 0}, true},
         {"9e-13 in all four: 3.24e-24", {0, 0, 0, 0}, {9e-13, 9e-13, 9e-13, 9e-13}, false},
