@@ -159,17 +159,17 @@ TEST_F(MainFrameBuffer, TextureMakersSetFormatAndFiltersByTheirArguments) {
     glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
     EXPECT_EQ(bound, 0) << "the makers leave no texture bound";
     for (const Case& c : cases) {
+        GLint got[4] = {};
         glBindTexture(GL_TEXTURE_2D, c.texture);
-        GLint format = 0, filter = 0, wrap = 0, width = 0;
-        glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, &wrap);
-        glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
-        EXPECT_EQ(format, static_cast<GLint>(c.format)) << c.what;
-        EXPECT_EQ(filter, static_cast<GLint>(c.filter)) << c.what;
-        EXPECT_EQ(wrap, static_cast<GLint>(GL_CLAMP_TO_EDGE)) << c.what;
-        EXPECT_EQ(width, c.width) << c.what;
+        glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &got[0]);
+        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &got[1]);
+        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, &got[2]);
+        glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &got[3]);
         glBindTexture(GL_TEXTURE_2D, 0);
         glDeleteTextures(1, &c.texture);
+        EXPECT_EQ(std::vector<GLint>(got, got + 4), (std::vector<GLint>{static_cast<GLint>(c.format),
+                                                                        static_cast<GLint>(c.filter),
+                                                                        static_cast<GLint>(GL_CLAMP_TO_EDGE), c.width}))
+            << c.what << ": format, filter, wrap and width";
     }
 }

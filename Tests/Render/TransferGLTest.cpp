@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 #include <glbinding/gl/gl.h>
@@ -30,15 +29,15 @@ protected:
                                                 false);
     }
 
-    // A deep world of one row over the caller's pixels.
+    // A deep world over the caller's pixels.
     template <typename Pixel>
-    static PF_LayerDef deepWorld(std::vector<Pixel>& pixels, A_long width, A_long rowbytes) {
+    static PF_LayerDef deepWorld(std::vector<Pixel>& pixels, A_long width, A_long height, A_long rowbytes) {
         PF_LayerDef world{};
         world.world_flags = PF_WorldFlag_DEEP;
         world.data = reinterpret_cast<PF_PixelPtr>(pixels.data());
         world.rowbytes = rowbytes;
         world.width = width;
-        world.height = 1;
+        world.height = height;
         return world;
     }
 
@@ -60,9 +59,10 @@ protected:
 }  // namespace
 
 TEST_F(Transfer, SixteenBitFullChannelReachesOneAndUnpackStateIsRestored) {
-    // 2 x 1 pixels in rows padded to 24 bytes, channels from 0 to 32768.
-    std::vector<PF_Pixel16> pixels(3, PF_Pixel16{32768, 16384, 0, 32768});
-    PF_LayerDef world = deepWorld(pixels, 2, 24);
+    // 2 x 2 pixels in rows padded to 24 bytes, channels from 0 to 32768; the second row starts black.
+    std::vector<PF_Pixel16> pixels(6, PF_Pixel16{32768, 16384, 0, 32768});
+    pixels[3] = PF_Pixel16{};
+    PF_LayerDef world = deepWorld(pixels, 2, 2, 24);
     const GLuint texture = upload(PF_PixelFormat_ARGB64, &world);
     std::uint32_t bits = 0;
     std::memcpy(&bits, &multiplier, sizeof bits);
@@ -77,15 +77,16 @@ TEST_F(Transfer, SixteenBitFullChannelReachesOneAndUnpackStateIsRestored) {
     glBindTexture(GL_TEXTURE_2D, texture);
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
     EXPECT_EQ(format, static_cast<GLint>(GL_RGBA32F));
-    const std::vector<float> values = texels(texture, 8);
+    const std::vector<float> values = texels(texture, 16);
     EXPECT_NEAR(values[0] * multiplier, 1.0f, 1e-6f) << "full alpha";
     EXPECT_NEAR(values[1] * multiplier, 0.5f, 1e-6f) << "half red";
     EXPECT_NEAR(values[3] * multiplier, 1.0f, 1e-6f) << "full blue";
+    EXPECT_EQ(values[8], 0.0f) << "the second row is read at rowbytes, not at the width";
 }
 
 TEST_F(Transfer, FloatWorldsGoUpThroughTheHostsIteration) {
     std::vector<PF_PixelFloat> pixels = {{1.0f, 0.25f, 0.5f, 0.75f}, {0.5f, 2.0f, -1.0f, 0.0f}};
-    PF_LayerDef world = deepWorld(pixels, 2, 2 * sizeof(PF_PixelFloat));
+    PF_LayerDef world = deepWorld(pixels, 2, 1, 2 * sizeof(PF_PixelFloat));
     const GLuint texture = upload(PF_PixelFormat_ARGB128, &world);
     EXPECT_EQ(pixelSize, 16u);
     EXPECT_EQ(glType, GL_FLOAT);
@@ -107,40 +108,23 @@ TEST_F(Transfer, UnknownFormatThrows516AndKeepsNoTexture) {
     EXPECT_EQ(LiveObjects::count().textures, before.textures);
 }
 
-TEST_F(Transfer, DownloadFailuresGiveBackHandleAndSuite) {
+// (A missing handle or handle suite is given back through the entry: see the render commands' failure table.)
+TEST_F(Transfer, DownloadOfAnUnknownFormatThrows516AndGivesBackHandleAndSuite) {
     HostWorld& input = host.setInputWorld(2, 2);
     HostWorld& output = host.setOutputWorld(2, 2);
     AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
     buffer->prepare(2, 2, true);
     buffer->beginDrawing();
     buffer->endDrawing(1.0f);
-    struct Case {
-        const char* what;
-        int format;
-        std::function<void()> arrange;
-        int thrown;
-    };
-    const Case cases[] = {
-        // In this order: each arrangement stays for the cases after it.
-        {"unknown format", PF_PixelFormat_INVALID, [] {}, PF_Err_BAD_CALLBACK_PARAM},
-        {"no handle", PF_PixelFormat_ARGB32,
-         [&] { host.failCall("HandleSuite.host_new_handle", 1, PF_Err_OUT_OF_MEMORY); }, PF_Err_OUT_OF_MEMORY},
-        {"no handle suite", PF_PixelFormat_ARGB32, [&] { host.removeSuite(kPFHandleSuite, 2); },
-         A_Err_MISSING_SUITE},
-    };
-    for (const Case& c : cases) {
-        host.clearCalls();
-        c.arrange();
-        try {
-            AEOpenGLUtilities::DownloadTexture(2, 2, input.world(), output.world(), host.inData(), c.format, 4,
-                                               GL_UNSIGNED_BYTE);
-            ADD_FAILURE() << c.what << ": no exception";
-        } catch (int code) {
-            EXPECT_EQ(code, c.thrown) << c.what;
-        }
-        EXPECT_EQ(host.liveHandles(), 0) << c.what;
-        EXPECT_EQ(host.heldSuites(), 0) << c.what;
+    try {
+        AEOpenGLUtilities::DownloadTexture(2, 2, input.world(), output.world(), host.inData(), PF_PixelFormat_INVALID,
+                                           4, GL_UNSIGNED_BYTE);
+        ADD_FAILURE() << "no exception";
+    } catch (int code) {
+        EXPECT_EQ(code, PF_Err_BAD_CALLBACK_PARAM);
     }
+    EXPECT_EQ(host.liveHandles(), 0);
+    EXPECT_EQ(host.heldSuites(), 0);
 }
 
 TEST_F(Transfer, FramebufferStatusInWords) {
