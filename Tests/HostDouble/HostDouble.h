@@ -9,13 +9,13 @@
 //   EXPECT_EQ(host.callNames(), (std::vector<std::string>{"add_param", ...}));
 //
 // Callbacks that take no effect_ref (utils, suites) reach the HostDouble made last, so
-// only one lives at a time; its callbacks may be called from any thread.
+// only one lives at a time; its callbacks may be called from any thread. Only the
+// callbacks the plug-in uses are filled in; the others stay null.
 // Call names are the SDK's ("checkout_param", "AcquireSuite", ...), prefixed where two
 // routes share a name ("ansi.sprintf" through in_data->utils, "ANSISuite.sprintf" through
 // the PF ANSI suite, "HandleSuite.host_new_handle", "iterateFloat.iterate").
 #pragma once
 
-#include <cstdarg>
 #include <functional>
 #include <map>
 #include <memory>
@@ -104,55 +104,12 @@ private:
     int value;
     std::string what;
   };
-  struct Handle {
-    void* data = nullptr;  // first, so that the handle is the address of this pointer
-    std::vector<char> bytes;
-  };
-
-  static HostDouble& current();
+  // The callbacks, one static per SDK function pointer (in HostDouble.cpp).
+  struct Callbacks;
+  friend struct Callbacks;
 
   // Records the call, then applies a fault set for it: throws, or returns its code.
   PF_Err enter(HostCall call);
-  void installCallbacks();
-  void installSuites();
-
-  // Callbacks, one static per SDK function pointer.
-  static PF_Err checkoutParam(PF_ProgPtr ref, PF_ParamIndex index, A_long what_time, A_long time_step,
-                              A_u_long time_scale, PF_ParamDef* param);
-  static PF_Err checkinParam(PF_ProgPtr ref, PF_ParamDef* param);
-  static PF_Err addParam(PF_ProgPtr ref, PF_ParamIndex index, PF_ParamDefPtr def);
-  static PF_Err abortCallback(PF_ProgPtr ref);
-  static PF_Err progress(PF_ProgPtr ref, A_long current, A_long total);
-  static int utilsSprintf(A_char* buffer, const A_char* format, ...) __attribute__((format(printf, 2, 3)));
-  static int suiteSprintf(A_char* buffer, const A_char* format, ...) __attribute__((format(printf, 2, 3)));
-  static int formatInto(const char* name, A_char* buffer, const A_char* format, va_list args)
-      __attribute__((format(printf, 3, 0)));
-  static A_char* utilsStrcpy(A_char* dest, const A_char* src);
-  static A_char* suiteStrcpy(A_char* dest, const A_char* src);
-  PF_Handle newHandle(const char* name, A_HandleSize size);
-  void* lockHandle(const char* name, PF_Handle handle);
-  void unlockHandle(const char* name, PF_Handle handle);
-  void disposeHandle(const char* name, PF_Handle handle);
-  A_HandleSize handleSize(const char* name, PF_Handle handle);
-  PF_Err resizeHandle(const char* name, A_HandleSize size, PF_Handle* handle);
-  static PF_Err getPixelData8(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel8** result);
-  static PF_Err getPixelData16(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel16** result);
-  static SPErr acquireSuite(const char* name, int32_t version, const void** suite);
-  static SPErr releaseSuite(const char* name, int32_t version);
-  static PF_Err iterateFloat(PF_InData* in_data, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
-                             const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn,
-                             PF_EffectWorld* dst);
-  static PF_Err iterateFloatOrigin(PF_InData* in_data, A_long progress_base, A_long progress_final,
-                                   PF_EffectWorld* src, const PF_Rect* area, const PF_Point* origin, void* refcon,
-                                   PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
-  static PF_Err iterateFloatOver(PF_EffectWorld* src, const PF_Rect* area, PF_Point origin, void* refcon,
-                                 PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
-  static PF_Err checkoutLayer(PF_ProgPtr ref, PF_ParamIndex index, A_long checkout_id, const PF_RenderRequest* req,
-                              A_long what_time, A_long time_step, A_u_long time_scale, PF_CheckoutResult* result);
-  static PF_Err guidMixIn(PF_ProgPtr ref, A_u_long size, const void* buf);
-  static PF_Err checkoutLayerPixels(PF_ProgPtr ref, A_long checkout_id, PF_EffectWorld** pixels);
-  static PF_Err checkinLayerPixels(PF_ProgPtr ref, A_long checkout_id);
-  static PF_Err checkoutOutput(PF_ProgPtr ref, PF_EffectWorld** output);
 
   mutable std::mutex mMutex;  // guards everything below that callbacks touch
   std::vector<HostCall> mCalls;
@@ -162,7 +119,8 @@ private:
   std::vector<PF_ParamDef> mAddedParams;
   std::map<std::pair<std::string, int>, const void*> mSuites;
   std::map<std::pair<std::string, int>, int> mHeld;
-  std::map<PF_Handle, std::unique_ptr<Handle>> mHandles;
+  // A handle is the address of the pointer to its bytes.
+  std::map<PF_Handle, std::unique_ptr<std::pair<void*, std::vector<char>>>> mHandles;
 
   PF_InData mInData{};
   PF_OutData mOutData{};

@@ -19,7 +19,7 @@ TEST(HostWorld, PaddedRowsKeepTheirMarkerUntilWrittenInto) {
 
 // Float worlds of 2 by 2 pixels with 16 bytes of padding a row; the callback records
 // where it was called and what it read.
-TEST(HostDouble, IterateFloatVisitsTheAreaWithTheSourceShiftedByTheOrigin) {
+TEST(HostDouble, IterateFloatVisitsTheAreaWithTheSourceAtTheSamePlace) {
   HostDouble host;
   constexpr A_long kRowbytes = 2 * 16 + 16;
   std::vector<float> source(kRowbytes / 4 * 2), target(kRowbytes / 4 * 2);
@@ -40,36 +40,35 @@ TEST(HostDouble, IterateFloatVisitsTheAreaWithTheSourceShiftedByTheOrigin) {
     out->blue = 7.0f;
     return PF_Err_NONE;
   };
-  const PF_Rect area{0, 0, 1, 2};
-  const PF_Point origin{1, 0};
+  const PF_Rect area{1, 0, 2, 2};
   const void* table = nullptr;
   ASSERT_EQ(host.basicSuite()->AcquireSuite(kPFIterateFloatSuite, 1, &table), kSPNoError);
   const auto* suite = static_cast<const PF_iterateFloatSuite1*>(table);
-  ASSERT_EQ(suite->iterate_origin(host.inData(), 0, 1, &src, &area, &origin, &visits, record, &dst), PF_Err_NONE);
+  ASSERT_EQ(suite->iterate(host.inData(), 0, 1, &src, &area, &visits, record, &dst), PF_Err_NONE);
 
   // Alpha of source pixel (x, y) is float number y * 12 + x * 4.
-  EXPECT_EQ(visits, (std::vector<std::vector<float>>{{0, 0, 4}, {0, 1, 16}}));
-  EXPECT_EQ(target[3], 7.0f);
-  EXPECT_EQ(target[7], 0.0f) << "a pixel outside the area was written";
+  EXPECT_EQ(visits, (std::vector<std::vector<float>>{{1, 0, 4}, {1, 1, 16}}));
+  EXPECT_EQ(target[7], 7.0f);
+  EXPECT_EQ(target[3], 0.0f) << "a pixel outside the area was written";
 }
 
-TEST(HostDouble, HandlesResizeAndAreCountedUntilDisposed) {
+TEST(HostDouble, HandlesAreCountedUntilDisposedAndFailOnTheNthCall) {
   HostDouble host;
-  PF_UtilCallbacks* utils = host.inData()->utils;
-  PF_Handle handle = utils->host_new_handle(8);
+  const void* table = nullptr;
+  ASSERT_EQ(host.basicSuite()->AcquireSuite(kPFHandleSuite, kPFHandleSuiteVersion1, &table), kSPNoError);
+  const auto* suite = static_cast<const PF_HandleSuite1*>(table);
+  PF_Handle handle = suite->host_new_handle(8);
   ASSERT_NE(handle, nullptr);
-  static_cast<char*>(utils->host_lock_handle(handle))[7] = 'x';
-  EXPECT_EQ(utils->host_resize_handle(64, &handle), PF_Err_NONE);
-  EXPECT_EQ(utils->host_get_handle_size(handle), 64u);
-  EXPECT_EQ(static_cast<char*>(*handle)[7], 'x') << "resizing lost the contents";
+  static_cast<char*>(suite->host_lock_handle(handle))[7] = 'x';
+  EXPECT_EQ(static_cast<char*>(*handle)[7], 'x');
   EXPECT_EQ(host.liveHandles(), 1);
-  utils->host_dispose_handle(handle);
+  suite->host_dispose_handle(handle);
   EXPECT_EQ(host.liveHandles(), 0);
 
-  host.failCall("host_new_handle", 3, PF_Err_OUT_OF_MEMORY);  // counted since construction
-  PF_Handle kept = utils->host_new_handle(4);
-  EXPECT_EQ(utils->host_new_handle(4), nullptr);
-  utils->host_dispose_handle(kept);
+  host.failCall("HandleSuite.host_new_handle", 3, PF_Err_OUT_OF_MEMORY);  // counted since construction
+  PF_Handle kept = suite->host_new_handle(4);
+  EXPECT_EQ(suite->host_new_handle(4), nullptr);
+  suite->host_dispose_handle(kept);
 }
 
 }  // namespace
