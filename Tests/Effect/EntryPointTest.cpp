@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -23,10 +24,8 @@ PF_OutData patterned() {
 
 std::string differingBytes(const PF_OutData& expected, const PF_OutData& actual) {
   std::string offsets;
-  const auto* e = reinterpret_cast<const unsigned char*>(&expected);
-  const auto* a = reinterpret_cast<const unsigned char*>(&actual);
   for (std::size_t i = 0; i < sizeof(PF_OutData); ++i) {
-    if (e[i] != a[i]) {
+    if (reinterpret_cast<const char*>(&expected)[i] != reinterpret_cast<const char*>(&actual)[i]) {
       offsets += std::to_string(i) + " ";
     }
   }
@@ -54,8 +53,6 @@ TEST_P(EntryPointWrites, OnlyTheFieldsOfTheCommand) {
       << "bytes that differ: " << differingBytes(expected, *host.outData());
 }
 
-const auto kNothing = [](PF_OutData&) {};
-
 INSTANTIATE_TEST_SUITE_P(
     Commands, EntryPointWrites,
     ::testing::Values(
@@ -68,21 +65,20 @@ INSTANTIATE_TEST_SUITE_P(
                       out.out_flags2 = 0x400;
                     }},
         CommandCase{"ParamsSetup", PF_Cmd_PARAMS_SETUP, [](PF_OutData& out) { out.num_params = 6; }},
-        CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, kNothing},
-        CommandCase{"Unused0", PF_Cmd_UNUSED_0, kNothing},
-        CommandCase{"SequenceSetup", PF_Cmd_SEQUENCE_SETUP, kNothing},
-        CommandCase{"Render", PF_Cmd_RENDER, kNothing},
-        CommandCase{"FrameSetup", PF_Cmd_FRAME_SETUP, kNothing},
-        CommandCase{"UserChangedParam", PF_Cmd_USER_CHANGED_PARAM, kNothing},
-        CommandCase{"SmartRenderGpu", PF_Cmd_SMART_RENDER_GPU, kNothing},
-        CommandCase{"BeyondTheLast", PF_Cmd_NUM_CMDS, kNothing},
-        CommandCase{"Negative", -1, kNothing}),
+        CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, [](PF_OutData&) {}}),
     [](const auto& commandCase) { return std::string(commandCase.param.label); });
 
-TEST(EntryPoint, UnhandledCommandsCallNothingOnTheHost) {
+TEST(EntryPoint, UnhandledCommandsWriteNothingAndCallNothing) {
   HostDouble host;
-  for (PF_Cmd cmd : {PF_Cmd_UNUSED_0, PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER, PF_Cmd_DO_DIALOG, PF_Cmd_EVENT}) {
-    EXPECT_EQ(host.send(EntryPointFunc, cmd), PF_Err_NONE) << "command " << cmd;
+  const std::initializer_list<PF_Cmd> unhandled = {
+      PF_Cmd_UNUSED_0,           PF_Cmd_SEQUENCE_SETUP,   PF_Cmd_RENDER,   PF_Cmd_FRAME_SETUP, PF_Cmd_DO_DIALOG,
+      PF_Cmd_USER_CHANGED_PARAM, PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS, -1};
+  for (PF_Cmd cmd : unhandled) {
+    *host.outData() = patterned();
+    EXPECT_EQ(host.send(EntryPointFunc, cmd, host.preRenderExtra()), PF_Err_NONE) << "command " << cmd;
+    const PF_OutData untouched = patterned();
+    EXPECT_EQ(std::memcmp(&untouched, host.outData(), sizeof untouched), 0)
+        << "command " << cmd << ", bytes that differ: " << differingBytes(untouched, *host.outData());
   }
   EXPECT_EQ(host.callNames(), Names{});
 }
@@ -90,10 +86,8 @@ TEST(EntryPoint, UnhandledCommandsCallNothingOnTheHost) {
 TEST(EntryPoint, AboutFormatsThroughTheAnsiSuiteAndGivesItBack) {
   HostDouble host;
   EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_NONE);
-  EXPECT_EQ(std::string(host.outData()->return_msg), "Velmira v1.0\rVelmira");
   EXPECT_EQ(host.callNames(), (Names{"AcquireSuite", "ANSISuite.sprintf", "ReleaseSuite"}));
-  const auto calls = host.calls();
-  for (const HostCall& call : {calls.front(), calls.back()}) {
+  for (const HostCall& call : {host.calls().front(), host.calls().back()}) {
     EXPECT_EQ(call.text, "PF ANSI Suite") << call.name;
     EXPECT_EQ(call.args, std::vector<std::int64_t>{1}) << call.name;
   }
@@ -110,41 +104,20 @@ TEST(EntryPoint, AboutWithoutTheAnsiSuiteFailsWith516AndWritesNoMessage) {
   EXPECT_EQ(host.count("ReleaseSuite"), 0);
 }
 
-// Any integer, whatever its value, becomes 516; the suite is given back on the way out.
-TEST(EntryPoint, IntegerThrownInsideBecomes516AndReleasesTheSuite) {
-  for (int thrown : {0, 4, 13, 516, -7}) {
+// Any integer, whatever its value, becomes 516; any other exception passes through. The
+// suite is given back on the way out either way.
+TEST(EntryPoint, IntegerThrownInsideBecomes516OtherExceptionsPassThrough) {
+  for (int thrown : {0, 4, 516, -7}) {
     HostDouble host;
     host.throwIntOnCall("ANSISuite.sprintf", 1, thrown);
     EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "thrown " << thrown;
     EXPECT_EQ(host.heldSuites(), 0) << "thrown " << thrown;
   }
-}
-
-TEST(EntryPoint, OtherExceptionsPassThroughAndStillReleaseTheSuite) {
   HostDouble host;
   host.throwRuntimeErrorOnCall("ANSISuite.sprintf", 1, "out of host memory");
   EXPECT_THROW(host.send(EntryPointFunc, PF_Cmd_ABOUT), std::runtime_error);
   EXPECT_EQ(host.callNames(), (Names{"AcquireSuite", "ANSISuite.sprintf", "ReleaseSuite"}));
   EXPECT_EQ(host.heldSuites(), 0);
-}
-
-TEST(EntryPoint, ExceptionsFromParamsAndPreRenderCallbacksFollowTheSameRule) {
-  {
-    HostDouble host;
-    host.throwIntOnCall("add_param", 3, 42);
-    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_PARAMS_SETUP), PF_Err_BAD_CALLBACK_PARAM);
-  }
-  {
-    HostDouble host;
-    host.throwIntOnCall("checkout_layer", 1, 1);
-    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()),
-              PF_Err_BAD_CALLBACK_PARAM);
-  }
-  {
-    HostDouble host;
-    host.throwRuntimeErrorOnCall("checkout_layer", 1, "no layer");
-    EXPECT_THROW(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), std::runtime_error);
-  }
 }
 
 // ---------------------------------------------------------------- smart pre-render
@@ -168,15 +141,6 @@ TEST(SmartPreRender, AsksForTheInputWithTheRequestCopiedWhole) {
   EXPECT_EQ(std::memcmp(&call.request, &request, sizeof request), 0) << "the request was altered";
 }
 
-struct UnionCase {
-  const char* label;
-  PF_LRect dst;
-  PF_LRect src;
-  PF_LRect expected;
-};
-
-class SmartPreRenderUnion : public ::testing::TestWithParam<UnionCase> {};
-
 std::string text(const PF_LRect& r) {
   return "{" + std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
          std::to_string(r.bottom) + "}";
@@ -185,6 +149,15 @@ std::string text(const PF_LRect& r) {
 PF_LRect shifted(PF_LRect r, A_long by) {
   return {r.left + by, r.top + by, r.right + by, r.bottom + by};
 }
+
+struct UnionCase {
+  const char* label;
+  PF_LRect dst;
+  PF_LRect src;
+  PF_LRect expected;
+};
+
+class SmartPreRenderUnion : public ::testing::TestWithParam<UnionCase> {};
 
 // The result rectangle and the maximum one are merged each with its own counterpart;
 // the maximum case runs shifted so that a mix-up of the two shows.
@@ -204,21 +177,19 @@ TEST_P(SmartPreRenderUnion, MergesTheCheckoutIntoTheOutput) {
 INSTANTIATE_TEST_SUITE_P(
     Rules, SmartPreRenderUnion,
     ::testing::Values(
-        UnionCase{"EmptyTakesSource", {0, 0, 0, 0}, {1, 2, 30, 40}, {1, 2, 30, 40}},
         UnionCase{"EmptyTakesEvenAnEmptySource", {3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},
         UnionCase{"LeftBeyondRightCountsEmpty", {10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
         UnionCase{"TopBeyondBottomCountsEmpty", {0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},
         UnionCase{"SourceWithoutWidthChangesNothing", {0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
         UnionCase{"SourceWithoutHeightChangesNothing", {0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}},
-        UnionCase{"OverlapGrowsToBoth", {0, 0, 10, 10}, {5, 5, 15, 15}, {0, 0, 15, 15}},
-        UnionCase{"EachSideByItself", {0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
-        UnionCase{"InsideChangesNothing", {0, 0, 10, 10}, {2, 2, 8, 8}, {0, 0, 10, 10}}),
+        // Between them each side both grows and stays.
+        UnionCase{"GrowsLeftAndRight", {0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
+        UnionCase{"GrowsTopRightAndBottom", {0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}),
     [](const auto& unionCase) { return std::string(unionCase.param.label); });
 
 TEST(SmartPreRender, CheckoutErrorIsReturnedAndTheRectanglesStay) {
   HostDouble host;
   host.failCall("checkout_layer", 1, PF_Err_OUT_OF_MEMORY);
-  host.preRenderOutput().result_rect = {0, 0, 0, 0};
   host.preRenderOutput().max_result_rect = {1, 1, 1, 1};
   host.checkoutResult().result_rect = {0, 0, 8, 8};
   host.checkoutResult().max_result_rect = {0, 0, 9, 9};
