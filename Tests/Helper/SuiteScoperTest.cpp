@@ -36,17 +36,26 @@ TEST(SuiteScoper, ReleasesWithTheNameAndVersionItAcquiredWith) {
   EXPECT_EQ(host.heldSuites(), 0);
 }
 
-TEST(SuiteScoper, FromBasicSuiteReleasesThroughTheSameBasicSuite) {
+// The in_data route is switched off: the scoper must use the basic suite it was given.
+TEST(SuiteScoper, FromBasicSuiteReleasesThroughItAndThrowsThirteenOnFailure) {
   HostDouble host;
   static const int kTable = 7;
   host.addSuite("AEGP Memory Suite", 1, &kTable);
-  host.setBasicSuitePresent(false);  // the in_data route is not used
+  host.setBasicSuitePresent(false);
   {
     SuiteScoper<int> memory(host.basicSuite(), "AEGP Memory Suite", 1);
     EXPECT_EQ(memory.operator->(), &kTable);
   }
-  EXPECT_EQ(host.heldSuites(), 0);
   EXPECT_EQ(host.count("ReleaseSuite"), 1);
+  int thrown = 0;
+  try {
+    SuiteScoper<int> missing(host.basicSuite(), "AEGP Utility Suite", 11);
+  } catch (int value) {
+    thrown = value;
+  }
+  EXPECT_EQ(thrown, 13);
+  EXPECT_EQ(host.count("ReleaseSuite"), 1);
+  EXPECT_EQ(host.heldSuites(), 0);
 }
 
 TEST(SuiteScoper, SuccessWithANullTableSkipsTheRelease) {
@@ -97,18 +106,6 @@ INSTANTIATE_TEST_SUITE_P(
                       FailureCase{"NothingGiven", false, nullptr, nullptr}),
     [](const auto& suiteCase) { return std::string(suiteCase.param.label); });
 
-TEST(SuiteScoper, FromBasicSuiteThrowsThirteenOnFailure) {
-  HostDouble host;
-  int thrown = 0;
-  try {
-    SuiteScoper<int> missing(host.basicSuite(), "AEGP Utility Suite", 11);
-  } catch (int value) {
-    thrown = value;
-  }
-  EXPECT_EQ(thrown, 13);
-  EXPECT_EQ(host.heldSuites(), 0);
-}
-
 TEST(SuiteScoper, SecondScoperFailingAfterFirstSucceededLeavesNothingHeld) {
   HostDouble host;
   host.failCall("AcquireSuite", 2, 1);
@@ -118,16 +115,8 @@ TEST(SuiteScoper, SecondScoperFailingAfterFirstSucceededLeavesNothingHeld) {
         SuiteScoper<PF_HandleSuite1> handles(host.inData(), kPFHandleSuite, kPFHandleSuiteVersion1);
       },
       int);
-  EXPECT_EQ(suiteTraffic(host), (Names{"Acquire PF ANSI Suite 1", "Acquire PF Handle Suite 2", "Release PF ANSI Suite 1"}));
-  EXPECT_EQ(host.heldSuites(), 0);
-}
-
-TEST(AcquireSuite, ReturnsTheTableAndNone) {
-  HostDouble host;
-  void* table = nullptr;
-  EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr, &table), PF_Err_NONE);
-  EXPECT_NE(table, nullptr);
-  EXPECT_EQ(ReleaseSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr), PF_Err_NONE);
+  EXPECT_EQ(suiteTraffic(host),
+            (Names{"Acquire PF ANSI Suite 1", "Acquire PF Handle Suite 2", "Release PF ANSI Suite 1"}));
   EXPECT_EQ(host.heldSuites(), 0);
 }
 
@@ -137,19 +126,19 @@ TEST(AcquireSuite, JudgesByTheTableNotByTheHostsCode) {
   HostDouble host;
   host.addSuite("Empty Suite", 1, nullptr);
   void* table = nullptr;
+  EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr, &table), PF_Err_NONE);
+  EXPECT_NE(table, nullptr);
+  EXPECT_EQ(ReleaseSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr), PF_Err_NONE);
+  EXPECT_EQ(host.heldSuites(), 0);
+
+  table = nullptr;
   EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), "Empty Suite", 1, nullptr, &table), 516);
+  EXPECT_STREQ(host.outData()->return_msg, "Not able to acquire AEFX Suite-Empty Suite-1");
+  EXPECT_EQ(host.outData()->out_flags, PF_OutFlag_DISPLAY_ERROR_MESSAGE);
 
   int previous = 0;
   void* stale = &previous;
   EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), "No Such Suite", 1, nullptr, &stale), PF_Err_NONE);
-}
-
-TEST(AcquireSuite, DefaultTextCarriesNameAndVersion) {
-  HostDouble host;
-  void* table = nullptr;
-  EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), "DRAWBOT Path Suite", 1, nullptr, &table), 516);
-  EXPECT_STREQ(host.outData()->return_msg, "Not able to acquire AEFX Suite-DRAWBOT Path Suite-1");
-  EXPECT_EQ(host.outData()->out_flags, PF_OutFlag_DISPLAY_ERROR_MESSAGE);
 }
 
 TEST(AcquireSuite, OwnTextReplacesTheFormattedOneWhichIsStillMade) {
@@ -167,23 +156,17 @@ TEST(AcquireSuite, OwnTextReplacesTheFormattedOneWhichIsStillMade) {
   EXPECT_EQ(formatted, (Names{"Not able to acquire AEFX Suite-Gone-4", "Own words"}));
 }
 
-TEST(AcquireSuite, WithoutBasicSuiteFailsWithoutCallingIt) {
+TEST(SuiteFunctions, WithoutBasicSuiteFailAndReportWithoutCallingIt) {
   HostDouble host;
   host.setBasicSuitePresent(false);
   void* table = nullptr;
   EXPECT_EQ(AcquireSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr, &table), 516);
-  EXPECT_EQ(host.count("AcquireSuite"), 0);
   EXPECT_STREQ(host.outData()->return_msg, "Not able to acquire AEFX Suite-PF ANSI Suite-1");
-}
-
-TEST(ReleaseSuite, WithoutBasicSuiteReportsAndFails) {
-  HostDouble host;
-  host.setBasicSuitePresent(false);
   EXPECT_EQ(ReleaseSuite(host.inData(), host.outData(), kPFANSISuite, 1, nullptr), 516);
   EXPECT_STREQ(host.outData()->return_msg, "Not able to release AEFX Suite.");
-  EXPECT_EQ(host.outData()->out_flags, PF_OutFlag_DISPLAY_ERROR_MESSAGE);
   EXPECT_EQ(ReleaseSuite(host.inData(), host.outData(), kPFANSISuite, 1, "Own words"), 516);
   EXPECT_STREQ(host.outData()->return_msg, "Own words");
+  EXPECT_EQ(host.count("AcquireSuite") + host.count("ReleaseSuite"), 0);
 }
 
 class DrawbotSuites : public ::testing::Test {
@@ -199,7 +182,7 @@ protected:
   int mTables[4] = {};
 };
 
-TEST_F(DrawbotSuites, AcquiresAllFourInFieldOrder) {
+TEST_F(DrawbotSuites, AcquireAndReleaseAllFourInFieldOrder) {
   addAll(4);
   DRAWBOT_Suites suites{};
   EXPECT_EQ(AcquireDrawbotSuites(host.inData(), host.outData(), &suites), PF_Err_NONE);
@@ -207,8 +190,17 @@ TEST_F(DrawbotSuites, AcquiresAllFourInFieldOrder) {
   EXPECT_EQ(static_cast<void*>(suites.supplier_suiteP), &mTables[1]);
   EXPECT_EQ(static_cast<void*>(suites.surface_suiteP), &mTables[2]);
   EXPECT_EQ(static_cast<void*>(suites.path_suiteP), &mTables[3]);
-  EXPECT_EQ(suiteTraffic(host), (Names{"Acquire DRAWBOT Draw Suite 1", "Acquire DRAWBOT Supplier Suite 1",
-                                       "Acquire DRAWBOT Surface Suite 2", "Acquire DRAWBOT Path Suite 1"}));
+  EXPECT_EQ(ReleaseDrawbotSuites(host.inData(), host.outData()), PF_Err_NONE);
+  EXPECT_EQ(suiteTraffic(host),
+            (Names{"Acquire DRAWBOT Draw Suite 1", "Acquire DRAWBOT Supplier Suite 1",
+                   "Acquire DRAWBOT Surface Suite 2", "Acquire DRAWBOT Path Suite 1", "Release DRAWBOT Draw Suite 1",
+                   "Release DRAWBOT Supplier Suite 1", "Release DRAWBOT Surface Suite 2",
+                   "Release DRAWBOT Path Suite 1"}));
+
+  // Without a basic suite releasing still succeeds, with the message shown.
+  host.setBasicSuitePresent(false);
+  EXPECT_EQ(ReleaseDrawbotSuites(host.inData(), host.outData()), PF_Err_NONE);
+  EXPECT_STREQ(host.outData()->return_msg, "Not able to release AEFX Suite.");
 }
 
 TEST_F(DrawbotSuites, ThirdMissingKeepsTheFirstTwoHeldAndTheFourthUntouched) {
@@ -230,18 +222,6 @@ TEST_F(DrawbotSuites, NullRecordIsRefusedWithItsOwnText) {
   EXPECT_EQ(AcquireDrawbotSuites(host.inData(), host.outData(), nullptr), 514);
   EXPECT_STREQ(host.outData()->return_msg, "NULL suite pointer passed to AEFX_AcquireDrawbotSuites");
   EXPECT_EQ(host.count("AcquireSuite"), 0);
-}
-
-TEST_F(DrawbotSuites, ReleaseGoesInAcquireOrderAndAlwaysSucceeds) {
-  addAll(4);
-  EXPECT_EQ(ReleaseDrawbotSuites(host.inData(), host.outData()), PF_Err_NONE);
-  EXPECT_EQ(suiteTraffic(host), (Names{"Release DRAWBOT Draw Suite 1", "Release DRAWBOT Supplier Suite 1",
-                                       "Release DRAWBOT Surface Suite 2", "Release DRAWBOT Path Suite 1"}));
-
-  host.setBasicSuitePresent(false);
-  EXPECT_EQ(ReleaseDrawbotSuites(host.inData(), host.outData()), PF_Err_NONE);
-  EXPECT_STREQ(host.outData()->return_msg, "Not able to release AEFX Suite.");
-  EXPECT_EQ(host.outData()->out_flags, PF_OutFlag_DISPLAY_ERROR_MESSAGE);
 }
 
 }  // namespace
