@@ -18,10 +18,6 @@ struct CountCase {
   int through;
 };
 
-void PrintTo(const CountCase& c, std::ostream* out) {
-  *out << "start " << c.start << ", signal(" << c.signals << ")";
-}
-
 class SemaphoreCount : public testing::TestWithParam<CountCase> {};
 
 // Five threads wait once each; exactly the start count plus the signals get through.
@@ -38,7 +34,7 @@ TEST_P(SemaphoreCount, LetsThatManyWaitersThrough) {
     });
   }
   semaphore.signal(c.signals);
-  EXPECT_TRUE(eventually([&] { return through.load() >= c.through; }));
+  EXPECT_TRUE(eventually([&] { return through.load() >= c.through; })) << "through: " << through.load();
   // Long enough for a wrongly released thread to show; a right one never fails on it.
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_EQ(c.through, through.load()) << "start " << c.start << ", signal(" << c.signals << ")";
