@@ -28,11 +28,8 @@ void expectChannels(const Color& c, double r, double g, double b, double a, cons
 TEST(Color, TextFormsAreArgbWithSinglePrecisionQuotientsAndOtherShapesLeaveWhite)
 {
     const struct { const char* text; double r, g, b, a; } cases[] = {
-        {"#f00", 1, 0, 0, 1},
-        {"#8f00", 1, 0, 0, k8Of15},  // alpha first
-        {"#80ff0000", 1, 0, 0, k128Of255},
-        {"#FF0080", 1, 0, k128Of255, 1},
-        {"#fF0", 1, 1, 0, 1},
+        {"#f00", 1, 0, 0, 1}, {"#FF0080", 1, 0, k128Of255, 1},
+        {"#8f00", 1, 0, 0, k8Of15}, {"#80ff0000", 1, 0, 0, k128Of255},  // alpha first
         {"#12G", 0, k1Of15, k2Of15, 1},  // the length picks the form; the digits read are 0x12
         // Wrong shapes keep the start value, opaque white.
         {"", 1, 1, 1, 1}, {"ff0000", 1, 1, 1, 1}, {"x#ff0000", 1, 1, 1, 1}, {"#12345", 1, 1, 1, 1},
@@ -43,7 +40,6 @@ TEST(Color, TextFormsAreArgbWithSinglePrecisionQuotientsAndOtherShapesLeaveWhite
     }
     expectChannels(Color(), 1, 1, 1, 1, "Color()");
     EXPECT_THROW(Color(std::string("#")), std::invalid_argument);
-    EXPECT_THROW(Color(std::string("#zz")), std::invalid_argument);
     EXPECT_THROW(Color(std::string("#1FFFFFFFFFFFFFFFF")), std::out_of_range);
 }
 
@@ -85,7 +81,7 @@ TEST(Color, HexStringTruncatesAndPadsNothing)
         {Color(1, 0, 0.5, 1), "#FF07F"},
         {Color(0.0627, 1, 1, 1), "#FFFFF"},  // 15.99 truncates to F
         {Color(-1, -1, -1, -1), "#FFFFFF01FFFFFF01FFFFFF01FFFFFF01"},  // nil: -255 as 32 bits
-        {Color(1e30, 2, 0, 1), "#7FFFFFFF1FE0"},                       // saturates, 510 is 1FE
+        {Color(1e30, 2, 0, 2), "#1FE7FFFFFFF1FE0"},                    // saturates, 510 is 1FE
     };
     for (const auto& c : cases) {
         EXPECT_EQ(c.color.toHexString(), c.text);

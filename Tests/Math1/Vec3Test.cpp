@@ -15,12 +15,6 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-// Column-major elements, so m[4] is row 0, column 1.
-Mat4 translation(double tx, double ty, double tz)
-{
-    return Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, tx, ty, tz, 1, true);
-}
-
 rc::Gen<double> coordinate()
 {
     return rc::gen::map(rc::gen::inRange(-1000000, 1000001), [](int v) { return v / 1000.0; });
@@ -94,15 +88,15 @@ TEST(Vec3, ArithmeticIsByComponentEqualityPerComponentAndDifferencesWrapOnce)
 
 TEST(Vec3, MatricesApplyThroughColumnMajorElements)
 {
-    Vec3 p(1, 2, 3), dir(0, 0.6, 0.8), sheared(1, 2, 3), column;
-    p.applyMatrix4(translation(10, 20, 30));
-    EXPECT_EQ(p, Vec3(11, 22, 33));
-    dir.transformDirection(translation(10, 20, 30));
-    EXPECT_EQ(dir, Vec3(0, 0.6, 0.8)) << "translation does not move a direction";
-    sheared.applyMatrix4(Mat4(1, 0, 0, 0, 5, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, true));
-    EXPECT_EQ(sheared, Vec3(11, 2, 3)) << "m[4] feeds y into x";
-    column.setFromMatrixColumn(Mat4(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, true), 2);
-    EXPECT_EQ(column, Vec3(9, 10, 11));
+    // m[4] is row 0, column 1: it feeds y into x; m[12] to m[14] translate.
+    const Mat4 m(1, 0, 0, 0, 5, 1, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1, true);
+    Vec3 p(1, 2, 3), dir(0, 0, 2), column;
+    p.applyMatrix4(m);
+    EXPECT_EQ(p, Vec3(21, 22, 33));
+    dir.transformDirection(m);
+    EXPECT_EQ(dir, Vec3(0, 0, 1)) << "a direction is not moved, and comes out normalised";
+    column.setFromMatrixColumn(m, 1);
+    EXPECT_EQ(column, Vec3(5, 1, 0));
 
     // Bottom row (0, 0, 0.5, 0): w = z / 2 = 2.
     Vec3 halved(2, 4, 4), infinite(1, 2, 3);

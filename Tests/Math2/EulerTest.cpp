@@ -57,6 +57,11 @@ TEST(EulerTest, GimbalLockPutsTheWholeTurnOnXAndClampsRoundedElements)
     locked.m[8] = 1.0000000000000002;
     e.setWithMat4(locked, Euler::XYZ);
     EXPECT_EQ(e.y, kPi / 2) << "an element just past 1 gives a quarter turn, not NaN";
+    // 0.99999899 lies between the float 0.999999 (0.99999898672) and the double: locked, so z is 0.
+    locked.m[8] = 0.99999899;
+    locked.m[4] = -0.5;
+    e.setWithMat4(locked, Euler::XYZ);
+    EXPECT_EQ(e.z, 0.0) << "the threshold is 0.999999 in single precision";
 }
 
 } // namespace
