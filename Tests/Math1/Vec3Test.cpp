@@ -38,14 +38,17 @@ TEST(Vec3, ZeroLengthGoesAlongXAndAnglesAreRadians)
 
 TEST(Vec3, IndexedSetAndLargestComponentFavourZ)
 {
-    const struct { int index; Vec3 expected; } sets[] = {{0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
+    // Any index but 0 and 1 lands on z.
+    const struct { int index; Vec3 expected; } sets[] = {
+        {0, {9, 0, 0}}, {1, {0, 9, 0}}, {2, {0, 0, 9}}, {5, {0, 0, 9}}, {-1, {0, 0, 9}}};
     for (const auto& c : sets) {
         Vec3 v;
         v.set(c.index, 9.0);
         EXPECT_EQ(v, c.expected) << "index " << c.index;
     }
     // Ties go to the later component.
-    const struct { Vec3 v; int index; } largest[] = {{{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2}, {{0, -5, 1}, 1}};
+    const struct { Vec3 v; int index; } largest[] = {
+        {{-3, 2, 1}, 0}, {{1, 1, 0}, 1}, {{1, 0, 1}, 2}, {{0, 1, 1}, 2}, {{0, -5, 1}, 1}};
     for (const auto& c : largest) {
         EXPECT_EQ(c.v.largestAbsComponent(), c.index) << c.v;
     }

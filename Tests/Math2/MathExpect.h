@@ -31,14 +31,12 @@ inline ::testing::AssertionResult near(std::initializer_list<double> actual, std
     return elementsNear(actual.begin(), expected.begin(), static_cast<int>(actual.size()), tolerance);
 }
 
-inline ::testing::AssertionResult near(const Mat4& a, const Mat4& e, double t) { return elementsNear(a.m, e.m, 16, t); }
-inline ::testing::AssertionResult near(const Affine& a, const Affine& e, double t) { return elementsNear(a.m, e.m, 6, t); }
-inline ::testing::AssertionResult near(const Vec2& a, const Vec2& e, double t) { return near({a.x, a.y}, {e.x, e.y}, t); }
-inline ::testing::AssertionResult near(const Vec3& a, const Vec3& e, double t)
-{
-    return near({a.x, a.y, a.z}, {e.x, e.y, e.z}, t);
-}
-inline ::testing::AssertionResult near(const Quaternion& a, const Quaternion& e, double t)
+using Expectation = ::testing::AssertionResult;
+inline Expectation near(const Mat4& a, const Mat4& e, double t) { return elementsNear(a.m, e.m, 16, t); }
+inline Expectation near(const Affine& a, const Affine& e, double t) { return elementsNear(a.m, e.m, 6, t); }
+inline Expectation near(const Vec2& a, const Vec2& e, double t) { return near({a.x, a.y}, {e.x, e.y}, t); }
+inline Expectation near(const Vec3& a, const Vec3& e, double t) { return near({a.x, a.y, a.z}, {e.x, e.y, e.z}, t); }
+inline Expectation near(const Quaternion& a, const Quaternion& e, double t)
 {
     return near({a.x, a.y, a.z, a.w}, {e.x, e.y, e.z, e.w}, t);
 }
