@@ -13,6 +13,8 @@ namespace Quillmere::Velmira {
 namespace {
 
 std::atomic<HostDouble*> gCurrent{nullptr};
+constexpr char kUtilsSprintf[] = "ansi.sprintf";
+constexpr char kSuiteSprintf[] = "ANSISuite.sprintf";
 
 PF_PixelFloat* floatPixel(PF_EffectWorld* world, A_long x, A_long y) {
   char* row = reinterpret_cast<char*>(world->data) + static_cast<std::ptrdiff_t>(y) * world->rowbytes;
@@ -105,20 +107,13 @@ struct HostDouble::Callbacks {
     return static_cast<int>(text.size());
   }
 
-  __attribute__((format(printf, 2, 3))) static int utilsSprintf(A_char* buffer, const A_char* format, ...) {
+  template <const char* Name>
+  __attribute__((format(printf, 2, 3))) static int sprintfNamed(A_char* buffer, const A_char* format, ...) {
     va_list args;
     va_start(args, format);
     const std::string text = vformat(format, args);
     va_end(args);
-    return sprintfAs("ansi.sprintf", buffer, text);
-  }
-
-  __attribute__((format(printf, 2, 3))) static int suiteSprintf(A_char* buffer, const A_char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const std::string text = vformat(format, args);
-    va_end(args);
-    return sprintfAs("ANSISuite.sprintf", buffer, text);
+    return sprintfAs(Name, buffer, text);
   }
 
   static A_char* strcpyAs(const char* name, A_char* dest, const A_char* src) {
@@ -246,7 +241,7 @@ struct HostDouble::Callbacks {
     host.mInData.inter.checkout_param = &checkoutParam;
     host.mInData.inter.checkin_param = &checkinParam;
     host.mInData.inter.add_param = &addParam;
-    host.mUtils.ansi.sprintf = &utilsSprintf;
+    host.mUtils.ansi.sprintf = &sprintfNamed<kUtilsSprintf>;
     host.mUtils.ansi.strcpy = [](A_char* dest, const A_char* src) { return strcpyAs("ansi.strcpy", dest, src); };
     host.mUtils.get_pixel_data8 = [](PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel8** result) {
       return pixelData("get_pixel_data8", false, world, pixels, result);
@@ -264,7 +259,7 @@ struct HostDouble::Callbacks {
 
     host.mBasicSuite.AcquireSuite = &acquireSuite;
     host.mBasicSuite.ReleaseSuite = &releaseSuite;
-    host.mAnsiSuite.sprintf = &suiteSprintf;
+    host.mAnsiSuite.sprintf = &sprintfNamed<kSuiteSprintf>;
     host.mAnsiSuite.strcpy = [](A_char* dest, const A_char* src) { return strcpyAs("ANSISuite.strcpy", dest, src); };
     host.mHandleSuite.host_new_handle = &newHandle;
     host.mHandleSuite.host_lock_handle = [](PF_Handle handle) -> void* {
@@ -350,29 +345,9 @@ void HostDouble::setBasicSuitePresent(bool present) {
   mInData.pica_basicP = present ? &mBasicSuite : nullptr;
 }
 
-HostWorld& HostDouble::setInputWorld(A_long width, A_long height, A_long rowbytes) {
-  mInputWorld = std::make_unique<HostWorld>(width, height, rowbytes);
-  return *mInputWorld;
-}
-
-HostWorld& HostDouble::setOutputWorld(A_long width, A_long height, A_long rowbytes) {
-  mOutputWorld = std::make_unique<HostWorld>(width, height, rowbytes);
-  return *mOutputWorld;
-}
-
-void HostDouble::failCall(const std::string& name, int nth, PF_Err code) {
+void HostDouble::addFault(Fault fault) {
   std::lock_guard<std::mutex> lock(mMutex);
-  mFaults.push_back({name, nth, FaultKind::Code, code, {}});
-}
-
-void HostDouble::throwIntOnCall(const std::string& name, int nth, int value) {
-  std::lock_guard<std::mutex> lock(mMutex);
-  mFaults.push_back({name, nth, FaultKind::ThrowInt, value, {}});
-}
-
-void HostDouble::throwRuntimeErrorOnCall(const std::string& name, int nth, const std::string& what) {
-  std::lock_guard<std::mutex> lock(mMutex);
-  mFaults.push_back({name, nth, FaultKind::ThrowRuntimeError, 0, what});
+  mFaults.push_back(std::move(fault));
 }
 
 std::vector<HostCall> HostDouble::calls() const {

@@ -76,17 +76,25 @@ public:
   // Smart render: the worlds checkout_layer_pixels and checkout_output give (until set,
   // those callbacks fail with PF_Err_BAD_CALLBACK_PARAM).
   PF_SmartRenderExtra* smartRenderExtra() { return &mSmartRenderExtra; }
-  HostWorld& setInputWorld(A_long width, A_long height, A_long rowbytes = 0);
-  HostWorld& setOutputWorld(A_long width, A_long height, A_long rowbytes = 0);
+  HostWorld& setInputWorld(A_long width, A_long height, A_long rowbytes = 0) {
+    return *(mInputWorld = std::make_unique<HostWorld>(width, height, rowbytes));
+  }
+  HostWorld& setOutputWorld(A_long width, A_long height, A_long rowbytes = 0) {
+    return *(mOutputWorld = std::make_unique<HostWorld>(width, height, rowbytes));
+  }
   HostWorld* inputWorld() { return mInputWorld.get(); }
   HostWorld* outputWorld() { return mOutputWorld.get(); }
 
   // Failure injection on the nth call (from 1, counted since construction or the last
   // clearCalls) of the named callback. Callbacks without a result (the void handle
   // calls) only throw; host_new_handle answers a failure code with a null handle.
-  void failCall(const std::string& name, int nth, PF_Err code);
-  void throwIntOnCall(const std::string& name, int nth, int value);
-  void throwRuntimeErrorOnCall(const std::string& name, int nth, const std::string& what);
+  void failCall(const std::string& name, int nth, PF_Err code) { addFault({name, nth, FaultKind::Code, code, {}}); }
+  void throwIntOnCall(const std::string& name, int nth, int value) {
+    addFault({name, nth, FaultKind::ThrowInt, value, {}});
+  }
+  void throwRuntimeErrorOnCall(const std::string& name, int nth, const std::string& what) {
+    addFault({name, nth, FaultKind::ThrowRuntimeError, 0, what});
+  }
 
   std::vector<HostCall> calls() const;
   std::vector<std::string> callNames() const;
@@ -108,6 +116,7 @@ private:
   struct Callbacks;
   friend struct Callbacks;
 
+  void addFault(Fault fault);
   // Records the call, then applies a fault set for it: throws, or returns its code.
   PF_Err enter(HostCall call);
 
