@@ -66,45 +66,35 @@ TEST(SuiteScoper, SuccessWithANullTableSkipsTheRelease) {
   EXPECT_EQ(host.count("ReleaseSuite"), 0);
 }
 
-// How a failed acquire is reported, by what the caller passed.
-struct FailureCase {
-  const char* label;
-  bool withOutData;
-  const char* message;
-  const char* expectedText;  // null: return_msg untouched
-};
-
-class SuiteScoperFailure : public ::testing::TestWithParam<FailureCase> {};
-
-TEST_P(SuiteScoperFailure, ThrowsThirteenAndReportsOnlyWithOutData) {
-  const FailureCase& c = GetParam();
-  HostDouble host;
-  PF_OutData* out = host.outData();
-  std::strcpy(out->return_msg, "untouched");
-  int thrown = 0;
-  try {
-    SuiteScoper<int> missing(host.inData(), "No Such Suite", 1, c.withOutData ? out : nullptr, c.message);
-  } catch (int value) {
-    thrown = value;
-  }
-  EXPECT_EQ(thrown, 13);
-  EXPECT_EQ(host.count("ReleaseSuite"), 0) << "a scoper that never acquired released";
-  if (c.expectedText != nullptr) {
+// A failed acquire throws 13 and is reported only when the caller passed out_data; the
+// caller's text replaces the default one.
+TEST(SuiteScoper, FailureThrowsThirteenAndReportsOnlyWithOutData) {
+  struct {
+    bool withOutData;
+    const char* message;
+    const char* expectedText;
+  } const cases[] = {{true, nullptr, "Not able to acquire AEFX Suite."},
+                     {true, "Suite gone", "Suite gone"},
+                     {false, "Suite gone", "untouched"},
+                     {false, nullptr, "untouched"}};
+  for (const auto& c : cases) {
+    HostDouble host;
+    PF_OutData* out = host.outData();
+    std::strcpy(out->return_msg, "untouched");
+    int thrown = 0;
+    try {
+      SuiteScoper<int> missing(host.inData(), "No Such Suite", 1, c.withOutData ? out : nullptr, c.message);
+    } catch (int value) {
+      thrown = value;
+    }
+    SCOPED_TRACE(std::string(c.withOutData ? "with" : "without") + " out_data, message " +
+                 (c.message != nullptr ? c.message : "none"));
+    EXPECT_EQ(thrown, 13);
+    EXPECT_EQ(host.count("ReleaseSuite"), 0) << "a scoper that never acquired released";
     EXPECT_STREQ(out->return_msg, c.expectedText);
-    EXPECT_EQ(out->out_flags, PF_OutFlag_DISPLAY_ERROR_MESSAGE);
-  } else {
-    EXPECT_STREQ(out->return_msg, "untouched");
-    EXPECT_EQ(out->out_flags, 0);
+    EXPECT_EQ(out->out_flags, c.withOutData ? PF_OutFlag_DISPLAY_ERROR_MESSAGE : 0);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Reporting, SuiteScoperFailure,
-    ::testing::Values(FailureCase{"DefaultText", true, nullptr, "Not able to acquire AEFX Suite."},
-                      FailureCase{"OwnText", true, "Suite gone", "Suite gone"},
-                      FailureCase{"OwnTextWithoutOutData", false, "Suite gone", nullptr},
-                      FailureCase{"NothingGiven", false, nullptr, nullptr}),
-    [](const auto& suiteCase) { return std::string(suiteCase.param.label); });
 
 TEST(SuiteScoper, SecondScoperFailingAfterFirstSucceededLeavesNothingHeld) {
   HostDouble host;

@@ -1,19 +1,12 @@
-// A host for unit tests of the plug-in: it plays PF_InData/PF_OutData, the interact and
-// util callbacks, SPBasicSuite with a registry of suites, and the pre-render and
-// smart-render extras, and records every call the plug-in makes, in order.
+// A host for unit tests of the plug-in: PF_InData/PF_OutData, the callbacks and suites
+// the plug-in uses (others stay null), and the pre-render and smart-render extras; every
+// call the plug-in makes is recorded, in order, and any call can be made to fail.
 //
-//   HostDouble host;                          // becomes the host of the callbacks
-//   host.setParam(1, 9.0);                    // or a function of the time
-//   host.failCall("checkin_param", 2, PF_Err_INTERNAL_STRUCT_DAMAGED);
-//   PF_Err err = host.send(EntryPointFunc, PF_Cmd_PARAMS_SETUP);
-//   EXPECT_EQ(host.callNames(), (std::vector<std::string>{"add_param", ...}));
-//
-// Callbacks that take no effect_ref (utils, suites) reach the HostDouble made last, so
-// only one lives at a time; its callbacks may be called from any thread. Only the
-// callbacks the plug-in uses are filled in; the others stay null.
-// Call names are the SDK's ("checkout_param", "AcquireSuite", ...), prefixed where two
-// routes share a name ("ansi.sprintf" through in_data->utils, "ANSISuite.sprintf" through
-// the PF ANSI suite, "HandleSuite.host_new_handle", "iterateFloat.iterate").
+// Callbacks that take no effect_ref reach the HostDouble made last, so only one lives at
+// a time; its callbacks may be called from any thread. Call names are the SDK's
+// ("checkout_param", "AcquireSuite", ...), prefixed where two routes share a name
+// ("ansi.sprintf" through in_data->utils, "ANSISuite.sprintf" through the PF ANSI suite,
+// "HandleSuite.host_new_handle", "iterateFloat.iterate").
 #pragma once
 
 #include <functional>
