@@ -150,42 +150,33 @@ PF_LRect shifted(PF_LRect r, A_long by) {
   return {r.left + by, r.top + by, r.right + by, r.bottom + by};
 }
 
-struct UnionCase {
-  const char* label;
-  PF_LRect dst;
-  PF_LRect src;
-  PF_LRect expected;
-};
+// An empty output (even by a left beyond its right, or a top beyond its bottom) takes the
+// checkout whole, even an empty one; an empty checkout changes nothing; otherwise each side
+// grows by itself. The result rectangle and the maximum one are merged each with its own
+// counterpart; the maximum case runs shifted so that a mix-up of the two shows.
+TEST(SmartPreRender, MergesTheCheckoutIntoTheOutput) {
+  const struct {
+    PF_LRect dst;
+    PF_LRect src;
+    PF_LRect expected;
+  } cases[] = {
+      {{3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},     {{10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
+      {{0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},     {{0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
+      {{0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}}, {{0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
+      {{0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}};
+  for (const auto& c : cases) {
+    HostDouble host;
+    host.preRenderOutput().result_rect = c.dst;
+    host.preRenderOutput().max_result_rect = shifted(c.dst, 100);
+    host.checkoutResult().result_rect = c.src;
+    host.checkoutResult().max_result_rect = shifted(c.src, 100);
 
-class SmartPreRenderUnion : public ::testing::TestWithParam<UnionCase> {};
-
-// The result rectangle and the maximum one are merged each with its own counterpart;
-// the maximum case runs shifted so that a mix-up of the two shows.
-TEST_P(SmartPreRenderUnion, MergesTheCheckoutIntoTheOutput) {
-  const UnionCase& c = GetParam();
-  HostDouble host;
-  host.preRenderOutput().result_rect = c.dst;
-  host.preRenderOutput().max_result_rect = shifted(c.dst, 100);
-  host.checkoutResult().result_rect = c.src;
-  host.checkoutResult().max_result_rect = shifted(c.src, 100);
-
-  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
-  EXPECT_EQ(text(host.preRenderOutput().result_rect), text(c.expected));
-  EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text(shifted(c.expected, 100)));
+    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
+    SCOPED_TRACE(text(c.dst) + " with " + text(c.src));
+    EXPECT_EQ(text(host.preRenderOutput().result_rect), text(c.expected));
+    EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text(shifted(c.expected, 100)));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rules, SmartPreRenderUnion,
-    ::testing::Values(
-        UnionCase{"EmptyTakesEvenAnEmptySource", {3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},
-        UnionCase{"LeftBeyondRightCountsEmpty", {10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
-        UnionCase{"TopBeyondBottomCountsEmpty", {0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},
-        UnionCase{"SourceWithoutWidthChangesNothing", {0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
-        UnionCase{"SourceWithoutHeightChangesNothing", {0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}},
-        // Between them each side both grows and stays.
-        UnionCase{"GrowsLeftAndRight", {0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
-        UnionCase{"GrowsTopRightAndBottom", {0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}),
-    [](const auto& unionCase) { return std::string(unionCase.param.label); });
 
 TEST(SmartPreRender, CheckoutErrorIsReturnedAndTheRectanglesStay) {
   HostDouble host;
