@@ -10,9 +10,6 @@
 namespace Quillmere::Velmira {
 namespace {
 
-// The marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes.
-constexpr int kMarkerTolerance = 2;
-
 TEST(MediaReader, FrameRangeDropsBeforeAndStopsAfter) {
     struct RangeCase {
         FrameRange range;

@@ -42,6 +42,9 @@ inline MediaFixtures& sharedMedia() {
     return media;
 }
 
+// A clip's marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes.
+constexpr int kMarkerTolerance = 2;
+
 inline std::vector<ArgbFrame> readAll(const std::string& path, FrameRange range = {}) {
     MediaReader reader(path, range);
     std::vector<ArgbFrame> frames;

@@ -28,8 +28,6 @@ std::vector<std::string> filesIn(const std::string& folder) {
     return names;
 }
 
-// The marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes.
-constexpr int kMarkerTolerance = 2;
 // Written again with H.264 at the default quality, a flat block comes back within 4 codes (quantisation of a flat
 // block is small; a frame out of place is off by 24).
 constexpr int kLossyMarkerTolerance = 4;
