@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <regex>
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,15 +23,22 @@ struct Tap {
 };
 
 // Each tap of the unrolled blur, in text order, with its two offsets and its two numbers
-// as written; a tap is only counted when all four of its lines have their exact form.
+// as written; a tap is only counted when all four of its lines have their form (the
+// lengths of the whole texts pin the white space).
 std::vector<Tap> taps(const std::string& text) {
-  static const std::regex tap(
-      R"(\n    cc = texture\(videoTexture, \(gl_FragCoord\.xy\+vec2\(float\((-?\d+)\),float\((-?\d+)\)\)\) / )"
-      R"(viewSize\.xy\)\.rgb;\n    factor = normpdf3\(cc-colourOut\.rgb, BSIGMA\) \* bZ \* ([^*\n]+)\* ([^;\n]+);\n)"
-      R"(    Z \+= factor;\n    final_colour \+= factor \* cc;)");
+  const std::string sample = "\n    cc = texture(videoTexture, (gl_FragCoord.xy+vec2(float(";
   std::vector<Tap> found;
-  for (std::sregex_iterator m(text.begin(), text.end(), tap), end; m != end; ++m) {
-    found.push_back({std::stoi((*m)[1]), std::stoi((*m)[2]), (*m)[3], (*m)[4]});
+  for (auto at = text.find(sample); at != std::string::npos; at = text.find(sample, at + 1)) {
+    Tap tap{};
+    char weightJ[16] = {}, weightI[16] = {};
+    int end = 0;
+    if (std::sscanf(text.c_str() + at + sample.size(),
+                    "%d),float(%d))) / viewSize.xy).rgb;\n    factor = normpdf3(cc-colourOut.rgb, BSIGMA) * bZ * "
+                    "%15[^*]* %15[^;\n];\n    Z += factor;\n    final_colour += factor * cc;%n",
+                    &tap.i, &tap.j, weightJ, weightI, &end) == 4 &&
+        end > 0) {
+      found.push_back({tap.i, tap.j, weightJ, weightI});
+    }
   }
   return found;
 }
