@@ -20,7 +20,6 @@ Vec3 rotate(const Quaternion& q, const Vec3& v) { return Quaternion::quaternionM
 TEST(QuaternionTest, StartsAtNoTurnAndOnlySetNormalisesTheAxis)
 {
     EXPECT_TRUE(near(Quaternion(), Quaternion(0, 0, 0, 1), 0.0));
-    EXPECT_TRUE(near(Quaternion(1, 2, 3), Quaternion(1, 2, 3, 1), 0.0));
     const double c = std::cos(kPi / 6);
     EXPECT_TRUE(near(Quaternion(Vec3(0, 0, 2), kPi / 3), Quaternion(0, 0, 1, c), kUlps)) << "axis times sin(pi/6)";
     Quaternion unit;
