@@ -69,9 +69,4 @@ int GLCallLog::count(const std::string& name) const {
     return static_cast<int>(std::count(all.begin(), all.end(), name));
 }
 
-void GLCallLog::clear() {
-    std::lock_guard<std::mutex> lock(mMutex);
-    mCalls.clear();
-}
-
 }  // namespace Quillmere::Velmira

@@ -26,7 +26,6 @@ public:
     // Only the calls whose names are among these, in order, as text.
     std::vector<std::string> only(const std::vector<std::string>& names) const;
     int count(const std::string& name) const;
-    void clear();
 
 private:
     mutable std::mutex mMutex;

@@ -16,13 +16,8 @@ LiveObjects LiveObjects::count() {
     for (GLuint name = 1; name <= kHighestName; ++name) {
         live.textures += glIsTexture(name) == GL_TRUE ? 1 : 0;
         live.renderbuffers += glIsRenderbuffer(name) == GL_TRUE ? 1 : 0;
-        live.framebuffers += glIsFramebuffer(name) == GL_TRUE ? 1 : 0;
     }
     return live;
-}
-
-bool LiveObjects::operator==(const LiveObjects& other) const {
-    return textures == other.textures && renderbuffers == other.renderbuffers && framebuffers == other.framebuffers;
 }
 
 }  // namespace Quillmere::Velmira

@@ -7,10 +7,8 @@ namespace Quillmere::Velmira {
 struct LiveObjects {
     int textures = 0;
     int renderbuffers = 0;
-    int framebuffers = 0;
 
     static LiveObjects count();
-    bool operator==(const LiveObjects& other) const;
 };
 
 }  // namespace Quillmere::Velmira
