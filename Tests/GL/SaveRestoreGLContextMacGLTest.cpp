@@ -2,7 +2,6 @@
 
 #include "GL/AEOpenGLContext.h"
 #include "GLCallRecorder.h"
-#include "TestFramebuffer.h"
 
 #include "CGLCurrent.h"
 #include "EglDisplay.h"
@@ -112,25 +111,6 @@ TEST_F(SaveRestoreGLContextMacTest, BareHostContextComesBackThroughCGLWithOneFlu
     saved->restore();
     EXPECT_EQ(CGLGetCurrentContext(), mPlugin->cglContext()) << "a second restore switches nothing";
     EXPECT_THAT(recorder.names(), IsEmpty());
-}
-
-TEST_F(SaveRestoreGLContextMacTest, IncompleteFramebufferOnThePluginContextIsNotFlushedButLeft)
-{
-    CGLSetCurrentContext(mHost.cgl());
-    SavedContext saved(SaveRestoreGLContextMac::init());
-    mPlugin->makeContextCurrent();
-    std::unique_ptr<TestFramebuffer> incomplete(new TestFramebuffer(false));
-
-    {
-        GLCallRecorder recorder;
-        saved->restore();
-        EXPECT_EQ(recorder.count("glCheckFramebufferStatus"), 1);
-        EXPECT_EQ(recorder.count("glFlush"), 0);
-    }
-    EXPECT_EQ(CGLGetCurrentContext(), mHost.cgl());
-
-    mPlugin->makeContextCurrent();
-    incomplete.reset();
 }
 
 TEST_F(SaveRestoreGLContextMacTest, HostNSOpenGLContextIsHeldAndComesBackWithoutFlush)
