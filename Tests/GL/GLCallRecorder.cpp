@@ -32,11 +32,6 @@ GLCallRecorder::~GLCallRecorder()
     glbinding::setAfterCallback(nullptr);
 }
 
-const std::vector<GLCallRecorder::Call>& GLCallRecorder::calls() const
-{
-    return mCalls;
-}
-
 std::vector<std::string> GLCallRecorder::names() const
 {
     std::vector<std::string> result;
@@ -56,8 +51,7 @@ std::vector<GLCallRecorder::Call> GLCallRecorder::callsOf(const std::string& nam
 
 int GLCallRecorder::count(const std::string& name) const
 {
-    return static_cast<int>(
-        std::count_if(mCalls.begin(), mCalls.end(), [&name](const Call& call) { return call.name == name; }));
+    return static_cast<int>(callsOf(name).size());
 }
 
 }  // namespace Quillmere::Velmira

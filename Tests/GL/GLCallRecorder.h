@@ -19,7 +19,6 @@ public:
     GLCallRecorder(const GLCallRecorder&) = delete;
     GLCallRecorder& operator=(const GLCallRecorder&) = delete;
 
-    const std::vector<Call>& calls() const;
     std::vector<std::string> names() const;
     // The calls of one function, in order.
     std::vector<Call> callsOf(const std::string& name) const;

@@ -31,9 +31,7 @@ protected:
     static void TearDownTestSuite()
     {
         delete sContext;
-        sContext = nullptr;
     }
-
     static AEOpenGLContext* sContext;
 };
 
