@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <ostream>
 #include <vector>
 
 using namespace gl;
@@ -48,39 +47,26 @@ GLint integer(GLenum name)
     return value;
 }
 
-struct FormatCase {
-    const char* label;
-    std::vector<NSOpenGLPixelFormatAttribute> words;
-    bool made;
-};
-
-void PrintTo(const FormatCase& value, std::ostream* out)
+TEST(NSOpenGLPixelFormat, WordListGivesAFormatOnlyWhenEveryWordIsUnderstood)
 {
-    *out << value.label;
-}
-
-class NSOpenGLPixelFormatTest : public testing::TestWithParam<FormatCase> {};
-
-TEST_P(NSOpenGLPixelFormatTest, WordListGivesAFormatOnlyWhenEveryWordIsUnderstood)
-{
-    const FormatCase& format = GetParam();
-    Owned<NSOpenGLPixelFormat> made(NSOpenGLPixelFormat::initWithAttributes(format.words.data()));
-    EXPECT_EQ(made != nullptr, format.made) << format.label;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    NSOpenGLPixelFormat, NSOpenGLPixelFormatTest,
-    testing::Values(FormatCase{"the plug-in's words", {74, 72, 11, 0, 8, 24, 13, 0, 12, 0, 99, 12800, 0}, true},
-                    FormatCase{"no words", {0}, true},
-                    FormatCase{"4.1 core with double buffer", {5, 99, 0x4100, 0}, true},
-                    FormatCase{"an unknown word", {74, 1234, 0}, false},
-                    FormatCase{"an unknown profile", {99, 0x9999, 0}, false},
-                    FormatCase{"a depth no configuration has", {12, 200, 0}, false}));
-
-TEST(NSOpenGLPixelFormat, NullListGivesNoFormatAndNoContext)
-{
-    EXPECT_EQ(NSOpenGLPixelFormat::initWithAttributes(nullptr), nullptr);
-    EXPECT_EQ(NSOpenGLContext::initWithFormat(nullptr, nullptr), nullptr);
+    struct FormatCase {
+        const char* label;
+        std::vector<NSOpenGLPixelFormatAttribute> words;
+        bool made;
+    };
+    const FormatCase formats[] = {
+        {"the plug-in's words", {74, 72, 11, 0, 8, 24, 13, 0, 12, 0, 99, 12800, 0}, true},
+        {"no words", {0}, true},
+        {"4.1 core with double buffer", {5, 99, 0x4100, 0}, true},
+        {"an unknown word", {74, 1234, 0}, false},
+        {"an unknown profile", {99, 0x9999, 0}, false},
+        {"a depth no configuration has", {12, 200, 0}, false}};
+    for (const FormatCase& format : formats) {
+        Owned<NSOpenGLPixelFormat> made(NSOpenGLPixelFormat::initWithAttributes(format.words.data()));
+        EXPECT_EQ(made != nullptr, format.made) << format.label;
+    }
+    EXPECT_EQ(NSOpenGLPixelFormat::initWithAttributes(nullptr), nullptr) << "a null list";
+    EXPECT_EQ(NSOpenGLContext::initWithFormat(nullptr, nullptr), nullptr) << "a context of no format";
 }
 
 TEST(NSOpenGLContext, ProfileWordsChooseCoreOrCompatibilityContexts)
