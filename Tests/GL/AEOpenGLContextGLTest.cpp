@@ -14,7 +14,6 @@
 
 #include <array>
 #include <memory>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -156,51 +155,34 @@ private:
     GLuint mTexture = 0;
 };
 
-enum class Bound { NoFramebuffer, CompleteFramebuffer, IncompleteFramebuffer };
-
-struct FlushCase {
-    const char* label;
-    Bound bound;
-    std::vector<std::string> calls;
-};
-
-void PrintTo(const FlushCase& value, std::ostream* out)
+TEST(AEOpenGLContext, MakeCurrentFlushFlushesTheContextBeingLeftUnlessItsFramebufferIsIncomplete)
 {
-    *out << value.label;
-}
-
-class MakeCurrentFlushTest : public testing::TestWithParam<FlushCase> {};
-
-TEST_P(MakeCurrentFlushTest, FlushesTheContextBeingLeftUnlessItsFramebufferIsIncompleteAndSwitches)
-{
-    const FlushCase& flushCase = GetParam();
-    std::unique_ptr<AEOpenGLContext> destination = quietContext(nullptr);
-    std::unique_ptr<AEOpenGLContext> left = quietContext(nullptr);
-    std::unique_ptr<BoundFramebuffer> framebuffer;
-    if (flushCase.bound != Bound::NoFramebuffer) {
-        framebuffer.reset(new BoundFramebuffer(flushCase.bound == Bound::CompleteFramebuffer));
+    struct FlushCase {
+        const char* label;
+        bool bound;
+        bool complete;
+        std::vector<std::string> calls;
+    };
+    const FlushCase cases[] = {
+        {"no frame buffer bound", false, false, {"glGetIntegerv", "glFlush"}},
+        {"complete frame buffer bound", true, true, {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
+        {"incomplete frame buffer bound", true, false, {"glGetIntegerv", "glCheckFramebufferStatus"}}};
+    for (const FlushCase& flushCase : cases) {
+        std::unique_ptr<AEOpenGLContext> destination = quietContext(nullptr);
+        std::unique_ptr<AEOpenGLContext> left = quietContext(nullptr);
+        std::unique_ptr<BoundFramebuffer> framebuffer;
+        if (flushCase.bound) {
+            framebuffer.reset(new BoundFramebuffer(flushCase.complete));
+        }
+        {
+            GLCallRecorder recorder;
+            AEOpenGLContext::makeCurrentFlush(destination->cglContext());
+            EXPECT_EQ(recorder.names(), flushCase.calls) << flushCase.label;
+        }
+        EXPECT_EQ(CGLGetCurrentContext(), destination->cglContext()) << flushCase.label;
+        left->makeContextCurrent();
     }
-
-    {
-        GLCallRecorder recorder;
-        AEOpenGLContext::makeCurrentFlush(destination->cglContext());
-        EXPECT_EQ(recorder.names(), flushCase.calls) << flushCase.label;
-    }
-    EXPECT_EQ(CGLGetCurrentContext(), destination->cglContext()) << flushCase.label;
-
-    left->makeContextCurrent();
-    framebuffer.reset();
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    AEOpenGLContext, MakeCurrentFlushTest,
-    testing::Values(FlushCase{"no frame buffer bound", Bound::NoFramebuffer, {"glGetIntegerv", "glFlush"}},
-                    FlushCase{"complete frame buffer bound",
-                              Bound::CompleteFramebuffer,
-                              {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
-                    FlushCase{"incomplete frame buffer bound",
-                              Bound::IncompleteFramebuffer,
-                              {"glGetIntegerv", "glCheckFramebufferStatus"}}));
 
 }  // namespace
 }  // namespace Quillmere::Velmira
