@@ -35,4 +35,13 @@ constexpr int floatSign(double v)
     return v < 0 ? -1 : (v > 0 ? 1 : 0);
 }
 
+// The vectors clamp component by component; low wins over high when the two are crossed.
+constexpr double floatClamp(double v, double low, double high)
+{
+    if (v < low) {
+        return low;
+    }
+    return v < high ? v : high;
+}
+
 }  // namespace Quillmere::Velmira

@@ -177,23 +177,10 @@ void Vec2::getMax(const Vec2& o)
     y = o.y > y ? o.y : y;
 }
 
-namespace {
-
-// Low wins over high when the two are crossed.
-double clampComponent(double c, double low, double high)
-{
-    if (c < low) {
-        return low;
-    }
-    return c < high ? c : high;
-}
-
-}  // namespace
-
 void Vec2::clamp(const Vec2& low, const Vec2& high)
 {
-    x = clampComponent(x, low.x, high.x);
-    y = clampComponent(y, low.y, high.y);
+    x = floatClamp(x, low.x, high.x);
+    y = floatClamp(y, low.y, high.y);
 }
 
 bool Vec2::isCollinear(const Vec2& o) const

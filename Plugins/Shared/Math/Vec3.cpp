@@ -184,24 +184,11 @@ void Vec3::getMax(Vec3 o)
     z = o.z > z ? o.z : z;
 }
 
-namespace {
-
-// Low wins over high when the two are crossed.
-double clampComponent(double c, double low, double high)
-{
-    if (c < low) {
-        return low;
-    }
-    return c < high ? c : high;
-}
-
-}  // namespace
-
 void Vec3::clamp(Vec3 low, Vec3 high)
 {
-    x = clampComponent(x, low.x, high.x);
-    y = clampComponent(y, low.y, high.y);
-    z = clampComponent(z, low.z, high.z);
+    x = floatClamp(x, low.x, high.x);
+    y = floatClamp(y, low.y, high.y);
+    z = floatClamp(z, low.z, high.z);
 }
 
 Vec3 Vec3::floor() const
