@@ -48,10 +48,10 @@ int main(int argc, char** argv) {
       {"velmira", "default sliders (blur 9, range 10 %, whiten 30 %)",
        fmt::format("'{}' render '{}' -o '{}' --quiet", VELMIRA_COMMAND, input, output)},
       {"velmira", "blur 0, whiten 0 (host and transfers only)",
-       fmt::format("'{}' render '{}' -o '{}' --quiet --skin-blur 0 --skin-whiten 0", VELMIRA_COMMAND, input,
-                   output)},
+       fmt::format("'{}' render '{}' -o '{}' --quiet --skin-blur 0 --skin-whiten 0", VELMIRA_COMMAND, input, output)},
       {"ffmpeg", "no filter (decode and encode only)", fmt::format("{} -vf null '{}'", ffmpeg, output)},
-      {"ffmpeg", "bilateral sigmaS=4 sigmaR=0.1", fmt::format("{} -vf bilateral=sigmaS=4:sigmaR=0.1 '{}'", ffmpeg, output)},
+      {"ffmpeg", "bilateral sigmaS=4 sigmaR=0.1",
+       fmt::format("{} -vf bilateral=sigmaS=4:sigmaR=0.1 '{}'", ffmpeg, output)},
       {"ffmpeg", "smartblur lr=4 ls=-1 lt=10", fmt::format("{} -vf smartblur=lr=4:ls=-1:lt=10 '{}'", ffmpeg, output)},
       {"ffmpeg", "gblur sigma=4", fmt::format("{} -vf gblur=sigma=4 '{}'", ffmpeg, output)},
   };

@@ -32,127 +32,127 @@ const char* const kStages[] = {"upload", "skin pass", "resolve", "screen pass", 
 constexpr int kStageCount = 5;
 
 double millisecondsSince(Clock::time_point start) {
-    glFinish();
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+  glFinish();
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
 double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
 }
 
 // One frame as smart render runs it, with the time of each stage.
 std::vector<double> timeFrame(HostDouble& host, VelmiraRender& render) {
-    AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
-    std::vector<double> times;
-    unsigned long pixelSize = 4;
-    GLenum glType = GL_UNSIGNED_BYTE;
-    float multiplier = 1.0f;
-    buffer->prepare(kWidth, kHeight, true);
-    buffer->beginDrawing();
-    render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
+  AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
+  std::vector<double> times;
+  unsigned long pixelSize = 4;
+  GLenum glType = GL_UNSIGNED_BYTE;
+  float multiplier = 1.0f;
+  buffer->prepare(kWidth, kHeight, true);
+  buffer->beginDrawing();
+  render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
 
-    Clock::time_point start = Clock::now();
-    GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
-                                                      host.inData(), pixelSize, glType, multiplier, false);
-    times.push_back(millisecondsSince(start));
+  Clock::time_point start = Clock::now();
+  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
+                                                    host.inData(), pixelSize, glType, multiplier, false);
+  times.push_back(millisecondsSince(start));
 
-    start = Clock::now();
-    render.draw(texture, multiplier);
-    glDeleteTextures(1, &texture);
-    times.push_back(millisecondsSince(start));
+  start = Clock::now();
+  render.draw(texture, multiplier);
+  glDeleteTextures(1, &texture);
+  times.push_back(millisecondsSince(start));
 
-    start = Clock::now();
-    const GLuint resolved = buffer->popRenderContext();
-    times.push_back(millisecondsSince(start));
+  start = Clock::now();
+  const GLuint resolved = buffer->popRenderContext();
+  times.push_back(millisecondsSince(start));
 
-    start = Clock::now();
-    buffer->drawToMainRenderBuffer(resolved, multiplier);
-    times.push_back(millisecondsSince(start));
+  start = Clock::now();
+  buffer->drawToMainRenderBuffer(resolved, multiplier);
+  times.push_back(millisecondsSince(start));
 
-    start = Clock::now();
-    AEOpenGLUtilities::DownloadTexture(kWidth, kHeight, host.inputWorld()->world(), host.outputWorld()->world(),
-                                       host.inData(), PF_PixelFormat_ARGB32, pixelSize, glType);
-    times.push_back(millisecondsSince(start));
-    return times;
+  start = Clock::now();
+  AEOpenGLUtilities::DownloadTexture(kWidth, kHeight, host.inputWorld()->world(), host.outputWorld()->world(),
+                                     host.inData(), PF_PixelFormat_ARGB32, pixelSize, glType);
+  times.push_back(millisecondsSince(start));
+  return times;
 }
 
 // The program's compile and link alone; llvmpipe generates the machine code at the first draw.
 double linkMilliseconds(float blurSize) {
-    OpenglShader shader(VelmiraRender::vertexSource(), VelmiraRender::fragmentSource(blurSize));
-    shader.addAttributeBinding("position", 0);
-    shader.addAttributeBinding("input_uv", 1);
-    const Clock::time_point start = Clock::now();
-    shader.useProgram();
-    return millisecondsSince(start);
+  OpenglShader shader(VelmiraRender::vertexSource(), VelmiraRender::fragmentSource(blurSize));
+  shader.addAttributeBinding("position", 0);
+  shader.addAttributeBinding("input_uv", 1);
+  const Clock::time_point start = Clock::now();
+  shader.useProgram();
+  return millisecondsSince(start);
 }
 
 // What a change of "Skin Blur" costs the next frame beyond its drawing: a fresh render object generates the text,
 // compiles, links and draws once over a 16x16 frame.
 double firstDrawMilliseconds(HostDouble& host, float blurSize) {
-    host.setParam(1, blurSize);
-    host.setInputWorld(16, 16);
-    AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
-    buffer->prepare(16, 16, true);
-    buffer->beginDrawing();
-    unsigned long pixelSize = 4;
-    GLenum glType = GL_UNSIGNED_BYTE;
-    float multiplier = 1.0f;
-    GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
-                                                      host.inData(), pixelSize, glType, multiplier, false);
-    VelmiraRender render;
-    const Clock::time_point start = Clock::now();
-    render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
-    render.draw(texture, multiplier);
-    const double ms = millisecondsSince(start);
-    glDeleteTextures(1, &texture);
-    buffer->endDrawing(multiplier);
-    return ms;
+  host.setParam(1, blurSize);
+  host.setInputWorld(16, 16);
+  AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
+  buffer->prepare(16, 16, true);
+  buffer->beginDrawing();
+  unsigned long pixelSize = 4;
+  GLenum glType = GL_UNSIGNED_BYTE;
+  float multiplier = 1.0f;
+  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
+                                                    host.inData(), pixelSize, glType, multiplier, false);
+  VelmiraRender render;
+  const Clock::time_point start = Clock::now();
+  render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
+  render.draw(texture, multiplier);
+  const double ms = millisecondsSince(start);
+  glDeleteTextures(1, &texture);
+  buffer->endDrawing(multiplier);
+  return ms;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Compile times are measured, not looked up in Mesa's cache of earlier runs.
-    setenv("MESA_SHADER_CACHE_DISABLE", "true", 1);
-    const int frames = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
-    AEOpenGLContext context(nullptr);
-    HostDouble host;
-    const double sliders[] = {9, 10, 30, 0, 0};  // the defaults the effect registers
-    for (int index = 1; index <= 5; ++index) {
-        host.setParam(index, sliders[index - 1]);
-    }
-    TestFrames::fill(host.setInputWorld(kWidth, kHeight), TestFrames::Kind::SkinGrain);
-    host.setOutputWorld(kWidth, kHeight);
+  // Compile times are measured, not looked up in Mesa's cache of earlier runs.
+  setenv("MESA_SHADER_CACHE_DISABLE", "true", 1);
+  const int frames = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
+  AEOpenGLContext context(nullptr);
+  HostDouble host;
+  const double sliders[] = {9, 10, 30, 0, 0};  // the defaults the effect registers
+  for (int index = 1; index <= 5; ++index) {
+    host.setParam(index, sliders[index - 1]);
+  }
+  TestFrames::fill(host.setInputWorld(kWidth, kHeight), TestFrames::Kind::SkinGrain);
+  host.setOutputWorld(kWidth, kHeight);
 
-    VelmiraRender render;
-    timeFrame(host, render);  // compiles the shader and makes the frame buffers
-    std::vector<std::vector<double>> samples(kStageCount);
-    for (int frame = 0; frame < frames; ++frame) {
-        const std::vector<double> times = timeFrame(host, render);
-        for (int stage = 0; stage < kStageCount; ++stage) {
-            samples[stage].push_back(times[stage]);
-        }
-    }
-
-    GLint samplesPerPixel = AEOpenglMainFrameBuffer::mainFrameBuffer()->sampleCount();
-    fmt::print("One {}x{} frame, default sliders (Skin Blur 9, 81 taps), {} samples per pixel, median of {}\n\n",
-               kWidth, kHeight, samplesPerPixel, frames);
-    fmt::print("{:<14}{:>12}\n", "stage", "ms");
-    double total = 0.0;
+  VelmiraRender render;
+  timeFrame(host, render);  // compiles the shader and makes the frame buffers
+  std::vector<std::vector<double>> samples(kStageCount);
+  for (int frame = 0; frame < frames; ++frame) {
+    const std::vector<double> times = timeFrame(host, render);
     for (int stage = 0; stage < kStageCount; ++stage) {
-        const double ms = median(samples[stage]);
-        total += ms;
-        fmt::print("{:<14}{:>12.2f}\n", kStages[stage], ms);
+      samples[stage].push_back(times[stage]);
     }
-    fmt::print("{:<14}{:>12.2f}\n\n", "total", total);
+  }
 
-    fmt::print("{:<16}{:>8}{:>16}{:>22}\n", "skin shader", "taps", "compile+link ms", "text to first draw ms");
-    for (float size : {9.0f, 30.0f}) {
-        const int half = (static_cast<int>(size) - 1) / 2;
-        const double link = linkMilliseconds(size);
-        fmt::print("{:<16}{:>8}{:>16.1f}{:>22.1f}\n", fmt::format("Skin Blur {}", size),
-                   (2 * half + 1) * (2 * half + 1), link, firstDrawMilliseconds(host, size));
-    }
-    return 0;
+  GLint samplesPerPixel = AEOpenglMainFrameBuffer::mainFrameBuffer()->sampleCount();
+  fmt::print("One {}x{} frame, default sliders (Skin Blur 9, 81 taps), {} samples per pixel, median of {}\n\n", kWidth,
+             kHeight, samplesPerPixel, frames);
+  fmt::print("{:<14}{:>12}\n", "stage", "ms");
+  double total = 0.0;
+  for (int stage = 0; stage < kStageCount; ++stage) {
+    const double ms = median(samples[stage]);
+    total += ms;
+    fmt::print("{:<14}{:>12.2f}\n", kStages[stage], ms);
+  }
+  fmt::print("{:<14}{:>12.2f}\n\n", "total", total);
+
+  fmt::print("{:<16}{:>8}{:>16}{:>22}\n", "skin shader", "taps", "compile+link ms", "text to first draw ms");
+  for (float size : {9.0f, 30.0f}) {
+    const int half = (static_cast<int>(size) - 1) / 2;
+    const double link = linkMilliseconds(size);
+    fmt::print("{:<16}{:>8}{:>16.1f}{:>22.1f}\n", fmt::format("Skin Blur {}", size), (2 * half + 1) * (2 * half + 1),
+               link, firstDrawMilliseconds(host, size));
+  }
+  return 0;
 }

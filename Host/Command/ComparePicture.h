@@ -16,8 +16,7 @@ public:
   static ArgbFrame compose(const ArgbFrame& before, const ArgbFrame& after);
   // Written as an image (the kind follows the path's extension); alpha kept where the
   // source has it and the format carries it. The source is never overwritten.
-  static void write(const std::string& path, const ArgbFrame& before, const ArgbFrame& after,
-                    const MediaInfo& source);
+  static void write(const std::string& path, const ArgbFrame& before, const ArgbFrame& after, const MediaInfo& source);
 };
 
 }  // namespace Quillmere::Velmira

@@ -62,9 +62,10 @@ void RenderJob::refuseOutputOverInput() const {
 void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
   int limit = GLLimits::maxTextureSize();
   if (info.width > limit || info.height > limit) {
-    throw HostError::failure(fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
-                                         "pixels a side",
-                                         mRequest.input, info.width, info.height, limit));
+    throw HostError::failure(
+        fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
+                    "pixels a side",
+                    mRequest.input, info.width, info.height, limit));
   }
 }
 
@@ -121,9 +122,8 @@ std::int64_t RenderJob::run(const Process& process) {
 
   MediaWriter writer(mRequest.output, info);
   ProgressBar progress(info.frameCount, !mRequest.quiet);
-  std::int64_t written = RenderPipeline(reader, writer).run(process, [&](std::int64_t done) {
-    progress.advance(done);
-  });
+  std::int64_t written =
+      RenderPipeline(reader, writer).run(process, [&](std::int64_t done) { progress.advance(done); });
   progress.finish();
   if (written == 0) throw HostError::failure(fmt::format("{}: no frame in the range asked for", mRequest.input));
   say(fmt::format("{} frame{} in {:.1f} s ({:.1f} frames/s)", written, written == 1 ? "" : "s",
@@ -142,8 +142,8 @@ void RenderJob::keepForCompare(const ArgbFrame& before, const ArgbFrame& after) 
 
 void RenderJob::writeCompare(const MediaInfo& info) {
   if (!mCompareBefore) {
-    throw HostError::usage(fmt::format("--compare-frame {} is not among the frames rendered",
-                                       mRequest.compareFrame.value_or(0)));
+    throw HostError::usage(
+        fmt::format("--compare-frame {} is not among the frames rendered", mRequest.compareFrame.value_or(0)));
   }
   ComparePicture::write(mRequest.compare, *mCompareBefore, *mCompareAfter, info);
   std::printf("%s\n", mRequest.compare.c_str());

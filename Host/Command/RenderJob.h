@@ -20,7 +20,7 @@ public:
   struct Request {
     std::string input;
     std::string output;
-    std::string compare;                     // empty: no before/after picture
+    std::string compare;                       // empty: no before/after picture
     std::optional<std::int64_t> compareFrame;  // default: the first frame rendered
     std::optional<FrameSelection> frames;
     bool quiet = false;

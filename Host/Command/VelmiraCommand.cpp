@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include "Command/Locations.h"
 #include "Command/RenderJob.h"
@@ -40,8 +40,8 @@ std::string sliderHelp(const SliderDefinition& slider) {
 }
 
 void addSliderFlag(CLI::App& verb, const SliderDefinition& slider, SliderFlags& flags, std::size_t i) {
-  flags.options[i] = verb.add_option("--" + slider.flagName(), flags.texts[i], sliderHelp(slider))
-                         ->type_name("VALUE|KEYS");
+  flags.options[i] =
+      verb.add_option("--" + slider.flagName(), flags.texts[i], sliderHelp(slider))->type_name("VALUE|KEYS");
 }
 
 // Keyframe texts become tracks; a bad one is a usage error that names the flag and slider.
@@ -64,8 +64,8 @@ std::size_t rangeSliderIndex(const EffectHost& host) {
   auto found = std::find_if(sliders.begin(), sliders.end(),
                             [](const SliderDefinition& s) { return s.name == kRangeSliderName; });
   if (found == sliders.end()) {
-    throw HostError::failure(fmt::format("the plug-in registers no \"{}\" slider, so there is no skin mask to draw",
-                                         kRangeSliderName));
+    throw HostError::failure(
+        fmt::format("the plug-in registers no \"{}\" slider, so there is no skin mask to draw", kRangeSliderName));
   }
   return static_cast<std::size_t>(found - sliders.begin());
 }
@@ -117,10 +117,8 @@ std::string VelmiraCommand::paramsTable(const EffectHost& host) {
                                   "Slider range", "Units");
   for (const auto& slider : host.sliders()) {
     table += fmt::format("{:<18}{:<20}{:<10}{:<18}{:<18}{}\n", slider.name, "--" + slider.flagName(),
-                         slider.formatValue(slider.defaultValue),
-                         slider.formatRange(slider.validMin, slider.validMax),
-                         slider.formatRange(slider.sliderMin, slider.sliderMax),
-                         slider.unitsText());
+                         slider.formatValue(slider.defaultValue), slider.formatRange(slider.validMin, slider.validMax),
+                         slider.formatRange(slider.sliderMin, slider.sliderMax), slider.unitsText());
   }
   return table;
 }
@@ -149,8 +147,9 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
   EffectHost host(pluginPath, verboseFlag(argc, argv));
 
-  CLI::App app{"velmira: retouches skin in images, image sequences and videos with the Velmira effect, "
-               "loaded as an After Effects style plug-in"};
+  CLI::App app{
+      "velmira: retouches skin in images, image sequences and videos with the Velmira effect, "
+      "loaded as an After Effects style plug-in"};
   app.footer(kKeyframeHelp);
   app.require_subcommand(1);
   app.fallthrough();
@@ -163,9 +162,10 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   CLI::App* params = app.add_subcommand("params", "List the effect's sliders: flag, default, ranges and units");
 
   RenderJob::Request render;
-  CLI::App* renderVerb = app.add_subcommand(
-      "render", "Retouch an image, a numbered sequence (frame_%04d.png) or a video. With no INPUT the bundled "
-                "portrait goes to out/, with a before/after picture");
+  CLI::App* renderVerb =
+      app.add_subcommand("render",
+                         "Retouch an image, a numbered sequence (frame_%04d.png) or a video. With no INPUT the bundled "
+                         "portrait goes to out/, with a before/after picture");
   renderVerb->footer(kKeyframeHelp);
   renderVerb->add_option("input", render.input, "Image, sequence pattern or video");
   renderVerb->add_option("-o,--output", render.output, "Output file; its extension decides the kind (default: out/)");

@@ -41,18 +41,48 @@ A_FpLong ansiAcos(A_FpLong x) { return std::acos(x); }
 }  // namespace
 
 const PF_ANSICallbacks& AnsiCallbacks::callbacks() {
-  static const PF_ANSICallbacks kCallbacks{ansiAtan,  ansiAtan2, ansiCeil, ansiCos,  ansiExp,  ansiFabs,
-                                           ansiFloor, ansiFmod,  ansiHypot, ansiLog, ansiLog10, ansiPow,
-                                           ansiSin,   ansiSqrt,  ansiTan,  AnsiCallbacks::sprintf,
-                                           AnsiCallbacks::strcpy, ansiAsin, ansiAcos};
+  static const PF_ANSICallbacks kCallbacks{ansiAtan,
+                                           ansiAtan2,
+                                           ansiCeil,
+                                           ansiCos,
+                                           ansiExp,
+                                           ansiFabs,
+                                           ansiFloor,
+                                           ansiFmod,
+                                           ansiHypot,
+                                           ansiLog,
+                                           ansiLog10,
+                                           ansiPow,
+                                           ansiSin,
+                                           ansiSqrt,
+                                           ansiTan,
+                                           AnsiCallbacks::sprintf,
+                                           AnsiCallbacks::strcpy,
+                                           ansiAsin,
+                                           ansiAcos};
   return kCallbacks;
 }
 
 const PF_ANSICallbacksSuite1& AnsiCallbacks::suite() {
-  static const PF_ANSICallbacksSuite1 kSuite{ansiAtan,  ansiAtan2, ansiCeil, ansiCos,  ansiExp,  ansiFabs,
-                                             ansiFloor, ansiFmod,  ansiHypot, ansiLog, ansiLog10, ansiPow,
-                                             ansiSin,   ansiSqrt,  ansiTan,  AnsiCallbacks::sprintf,
-                                             AnsiCallbacks::strcpy, ansiAsin, ansiAcos};
+  static const PF_ANSICallbacksSuite1 kSuite{ansiAtan,
+                                             ansiAtan2,
+                                             ansiCeil,
+                                             ansiCos,
+                                             ansiExp,
+                                             ansiFabs,
+                                             ansiFloor,
+                                             ansiFmod,
+                                             ansiHypot,
+                                             ansiLog,
+                                             ansiLog10,
+                                             ansiPow,
+                                             ansiSin,
+                                             ansiSqrt,
+                                             ansiTan,
+                                             AnsiCallbacks::sprintf,
+                                             AnsiCallbacks::strcpy,
+                                             ansiAsin,
+                                             ansiAcos};
   return kSuite;
 }
 

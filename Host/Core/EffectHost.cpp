@@ -33,8 +33,7 @@ const char* commandName(PF_Cmd command) {
 bool isEmpty(const PF_LRect& r) { return r.left >= r.right || r.top >= r.bottom; }
 
 PF_LRect intersection(const PF_LRect& a, const PF_LRect& b) {
-  return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-          std::min(a.bottom, b.bottom)};
+  return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
 // The effect API version this host speaks, as After Effects reports it to effects.
@@ -97,9 +96,8 @@ void EffectHost::checkDeclarationsAgainstPropertyList() {
   throw HostError::failure(fmt::format(
       "{}: the plug-in does not match its property list {}: the list declares version {:#x}, flags {:#x} and "
       "{:#x}, but global setup declared version {:#x}, flags {:#x} and {:#x}",
-      mModule->path(), list.path(), list.version(), list.outFlags(), list.outFlags2(),
-      mGlobalOutData.my_version, static_cast<A_u_long>(mGlobalOutData.out_flags),
-      static_cast<A_u_long>(mGlobalOutData.out_flags2)));
+      mModule->path(), list.path(), list.version(), list.outFlags(), list.outFlags2(), mGlobalOutData.my_version,
+      static_cast<A_u_long>(mGlobalOutData.out_flags), static_cast<A_u_long>(mGlobalOutData.out_flags2)));
 }
 
 void EffectHost::paramsSetup() {
@@ -183,10 +181,11 @@ void EffectHost::sendOrThrow(PF_Cmd command, void* extra) {
   if (err == PF_Err_NONE) return;
   std::string message;
   if (mOutData.out_flags & PF_OutFlag_DISPLAY_ERROR_MESSAGE) {
-    message = fmt::format(": {}", std::string(mOutData.return_msg, strnlen(mOutData.return_msg,
-                                                                           sizeof mOutData.return_msg)));
+    message =
+        fmt::format(": {}", std::string(mOutData.return_msg, strnlen(mOutData.return_msg, sizeof mOutData.return_msg)));
   }
-  throw HostError::failure(fmt::format("{}: {} failed with error {}{}", mModule->path(), commandName(command), err, message));
+  throw HostError::failure(
+      fmt::format("{}: {} failed with error {}{}", mModule->path(), commandName(command), err, message));
 }
 
 void EffectHost::setTime(const FrameTime& time) {
@@ -275,8 +274,8 @@ PF_Err EffectHost::addParam(PF_ProgPtr effectRef, PF_ParamIndex index, PF_ParamD
   return PF_Err_NONE;
 }
 
-PF_Err EffectHost::checkoutParam(PF_ProgPtr effectRef, PF_ParamIndex index, A_long whatTime, A_long,
-                                 A_u_long timeScale, PF_ParamDef* param) {
+PF_Err EffectHost::checkoutParam(PF_ProgPtr effectRef, PF_ParamIndex index, A_long whatTime, A_long, A_u_long timeScale,
+                                 PF_ParamDef* param) {
   EffectHost& host = from(effectRef);
   if (!param || timeScale == 0) return PF_Err_BAD_CALLBACK_PARAM;
   if (index < 0 || index > static_cast<PF_ParamIndex>(host.mSliders.size())) return PF_Err_INVALID_INDEX;
@@ -313,8 +312,8 @@ PF_Err EffectHost::checkoutLayer(PF_ProgPtr effectRef, PF_ParamIndex index, A_lo
   if (index != 0) return PF_Err_INVALID_INDEX;
   // The pipeline decodes one frame at a time, so only the frame being rendered can be
   // given; the effect never asks for another.
-  if (static_cast<double>(whatTime) / timeScale != static_cast<double>(host.mInData.current_time) /
-                                                       host.mInData.time_scale) {
+  if (static_cast<double>(whatTime) / timeScale !=
+      static_cast<double>(host.mInData.current_time) / host.mInData.time_scale) {
     return PF_Err_BAD_CALLBACK_PARAM;
   }
   PF_LRect frame{0, 0, host.mInput->width(), host.mInput->height()};

@@ -63,8 +63,8 @@ private:
   static PF_Err abortCheck(PF_ProgPtr effectRef);
   static PF_Err progress(PF_ProgPtr effectRef, A_long current, A_long total);
   static PF_Err checkoutLayer(PF_ProgPtr effectRef, PF_ParamIndex index, A_long checkoutId,
-                              const PF_RenderRequest* request, A_long whatTime, A_long timeStep,
-                              A_u_long timeScale, PF_CheckoutResult* result);
+                              const PF_RenderRequest* request, A_long whatTime, A_long timeStep, A_u_long timeScale,
+                              PF_CheckoutResult* result);
   static PF_Err guidMixIn(PF_ProgPtr effectRef, A_u_long size, const void* buffer);
   static PF_Err checkoutLayerPixels(PF_ProgPtr effectRef, A_long checkoutId, PF_EffectWorld** pixels);
   static PF_Err checkinLayerPixels(PF_ProgPtr effectRef, A_long checkoutId);

@@ -37,8 +37,9 @@ EglProbeContext::EglProbeContext()
   if (!eglBindAPI(EGL_OPENGL_API)) {
     throw HostError::failure(fmt::format("EGL offers no OpenGL (error {:#x})", eglGetError()));
   }
-  const EGLint attributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 2,
-                               EGL_CONTEXT_OPENGL_PROFILE_MASK, EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
+  const EGLint attributes[] = {
+      EGL_CONTEXT_MAJOR_VERSION,           3,       EGL_CONTEXT_MINOR_VERSION, 2, EGL_CONTEXT_OPENGL_PROFILE_MASK,
+      EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
   mContext = eglCreateContext(mDisplay, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
   if (mContext == EGL_NO_CONTEXT) {
     throw HostError::failure(fmt::format("cannot create an OpenGL 3.2 context (EGL error {:#x})", eglGetError()));
@@ -59,8 +60,6 @@ EglProbeContext::~EglProbeContext() {
   eglDestroyContext(mDisplay, mContext);
 }
 
-void* EglProbeContext::function(const char* name) const {
-  return reinterpret_cast<void*>(eglGetProcAddress(name));
-}
+void* EglProbeContext::function(const char* name) const { return reinterpret_cast<void*>(eglGetProcAddress(name)); }
 
 }  // namespace Quillmere::Velmira

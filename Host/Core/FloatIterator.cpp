@@ -14,9 +14,8 @@ PF_PixelFloat* floatPixel(PF_EffectWorld* world, A_long x, A_long y) {
 
 }  // namespace
 
-PF_Err FloatIterator::iterate(PF_InData* in_data, A_long progress_base, A_long progress_final,
-                              PF_EffectWorld* src, const PF_Rect* area, void* refcon,
-                              PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst) {
+PF_Err FloatIterator::iterate(PF_InData* in_data, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
+                              const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst) {
   return iterateOrigin(in_data, progress_base, progress_final, src, area, nullptr, refcon, pix_fn, dst);
 }
 

@@ -61,8 +61,7 @@ PF_Err HostHandles::resizeHandle(A_HandleSize newSize, PF_Handle* handle) {
 }
 
 const PF_HandleSuite1& HostHandles::suite() {
-  static const PF_HandleSuite1 kSuite{newHandle,  lockHandle, unlockHandle,
-                                      disposeHandle, handleSize, resizeHandle};
+  static const PF_HandleSuite1 kSuite{newHandle, lockHandle, unlockHandle, disposeHandle, handleSize, resizeHandle};
   return kSuite;
 }
 

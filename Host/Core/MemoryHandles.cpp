@@ -38,8 +38,7 @@ A_Err MemoryHandles::newHandle(AEGP_PluginID, const A_char*, AEGP_MemSize size, 
   *handle = nullptr;
   auto* block = new (std::nothrow) MemoryBlock{0, size, nullptr};
   if (!block) return A_Err_ALLOC;
-  block->data = (flags & AEGP_MemFlag_CLEAR) ? std::calloc(size == 0 ? 1 : size, 1)
-                                             : std::malloc(size == 0 ? 1 : size);
+  block->data = (flags & AEGP_MemFlag_CLEAR) ? std::calloc(size == 0 ? 1 : size, 1) : std::malloc(size == 0 ? 1 : size);
   if (!block->data) {
     delete block;
     return A_Err_ALLOC;

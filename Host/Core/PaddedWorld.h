@@ -28,9 +28,7 @@ public:
   A_long height() const { return mDef.height; }
   A_long rowBytes() const { return mDef.rowbytes; }
   std::uint8_t* row(A_long y) { return mPixels.data() + static_cast<std::size_t>(y) * mDef.rowbytes; }
-  const std::uint8_t* row(A_long y) const {
-    return mPixels.data() + static_cast<std::size_t>(y) * mDef.rowbytes;
-  }
+  const std::uint8_t* row(A_long y) const { return mPixels.data() + static_cast<std::size_t>(y) * mDef.rowbytes; }
   PF_EffectWorld* def() { return &mDef; }
 
   // Copies rows of width * 4 bytes from memory whose rows lie strideBytes apart.

@@ -85,9 +85,8 @@ ParamTrack::Key ParamTrack::parseKey(const std::string& piece, bool needsTime) {
 void ParamTrack::checkRange(const SliderDefinition& slider) const {
   for (const auto& key : mKeys) {
     if (!slider.accepts(key.value)) {
-      throw std::out_of_range(fmt::format("{}: {:g} is outside its valid range {:g} to {:g}{}", slider.name,
-                                          key.value, slider.validMin, slider.validMax,
-                                          slider.isPercent() ? " %" : ""));
+      throw std::out_of_range(fmt::format("{}: {:g} is outside its valid range {:g} to {:g}{}", slider.name, key.value,
+                                          slider.validMin, slider.validMax, slider.isPercent() ? " %" : ""));
     }
   }
 }
@@ -101,8 +100,7 @@ void ParamTrack::resolve(double framesPerSecond) {
                    [](const TimedValue& a, const TimedValue& b) { return a.seconds < b.seconds; });
   for (std::size_t i = 1; i < mResolved.size(); ++i) {
     if (mResolved[i].seconds == mResolved[i - 1].seconds) {
-      throw std::invalid_argument(
-          fmt::format("two keyframes at the same time ({:g} s)", mResolved[i].seconds));
+      throw std::invalid_argument(fmt::format("two keyframes at the same time ({:g} s)", mResolved[i].seconds));
     }
   }
 }

@@ -14,8 +14,8 @@ class ParamTrack {
 public:
   struct Key {
     double value = 0.0;
-    double time = 0.0;       // as written
-    bool inFrames = false;   // time counts frames, not seconds
+    double time = 0.0;      // as written
+    bool inFrames = false;  // time counts frames, not seconds
   };
 
   ParamTrack() = default;

@@ -12,8 +12,8 @@ namespace Quillmere::Velmira {
 PluginModule::PluginModule(const std::string& path) : mPath(path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) {
-    throw HostError::failure(fmt::format("{}: the plug-in is missing (build the Velmira target, or pass --plugin)",
-                                         path));
+    throw HostError::failure(
+        fmt::format("{}: the plug-in is missing (build the Velmira target, or pass --plugin)", path));
   }
   mProperties = PropertyList::read(PropertyList::pathFor(path));
   // RTLD_LOCAL keeps the effect's symbols to itself, as a host does with every plug-in.

@@ -22,8 +22,7 @@ std::string trimmed(const std::string& text) {
 
 // Every key the host needs before it loads an effect; a list without one is refused
 // before the library is touched.
-const char* const kRequiredKeys[] = {"Name", "Category", "MatchName", "EntryPoint",
-                                     "Version", "OutFlags", "OutFlags2"};
+const char* const kRequiredKeys[] = {"Name", "Category", "MatchName", "EntryPoint", "Version", "OutFlags", "OutFlags2"};
 
 }  // namespace
 

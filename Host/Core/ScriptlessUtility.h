@@ -9,8 +9,7 @@ namespace Quillmere::Velmira {
 // result handle at all, so a plug-in never mistakes the error for a result.
 class ScriptlessUtility {
 public:
-  static constexpr const char* kNoScriptEngineText =
-      "velmira has no script engine: scripts cannot run in this host";
+  static constexpr const char* kNoScriptEngineText = "velmira has no script engine: scripts cannot run in this host";
 
   static A_Err reportInfo(AEGP_PluginID pluginId, const A_char* info);
   static A_Err isScriptingAvailable(A_Boolean* available);

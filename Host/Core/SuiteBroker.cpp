@@ -37,8 +37,7 @@ std::map<SuiteKey, std::size_t> gHeld;
 }  // namespace
 
 SPBasicSuite* SuiteBroker::basicSuite() {
-  static SPBasicSuite kBasic{acquireSuite, releaseSuite,    isEqual,  allocateBlock,
-                             freeBlock,    reallocateBlock, undefined};
+  static SPBasicSuite kBasic{acquireSuite, releaseSuite, isEqual, allocateBlock, freeBlock, reallocateBlock, undefined};
   return &kBasic;
 }
 

@@ -14,26 +14,26 @@ extern "C" {
 namespace Quillmere::Velmira {
 
 struct InputFormatDeleter {
-    void operator()(AVFormatContext* c) const { avformat_close_input(&c); }
+  void operator()(AVFormatContext* c) const { avformat_close_input(&c); }
 };
 // An output context owns its AVIOContext only once avio_open succeeded; closing it is the writer's part.
 struct OutputFormatDeleter {
-    void operator()(AVFormatContext* c) const {
-        if (c->pb && !(c->oformat->flags & AVFMT_NOFILE)) avio_closep(&c->pb);
-        avformat_free_context(c);
-    }
+  void operator()(AVFormatContext* c) const {
+    if (c->pb && !(c->oformat->flags & AVFMT_NOFILE)) avio_closep(&c->pb);
+    avformat_free_context(c);
+  }
 };
 struct CodecContextDeleter {
-    void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
+  void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
 };
 struct FrameDeleter {
-    void operator()(AVFrame* f) const { av_frame_free(&f); }
+  void operator()(AVFrame* f) const { av_frame_free(&f); }
 };
 struct PacketDeleter {
-    void operator()(AVPacket* p) const { av_packet_free(&p); }
+  void operator()(AVPacket* p) const { av_packet_free(&p); }
 };
 struct SwsDeleter {
-    void operator()(SwsContext* s) const { sws_freeContext(s); }
+  void operator()(SwsContext* s) const { sws_freeContext(s); }
 };
 
 using InputFormatPtr = std::unique_ptr<AVFormatContext, InputFormatDeleter>;
@@ -45,9 +45,9 @@ using SwsPtr = std::unique_ptr<SwsContext, SwsDeleter>;
 
 // FFmpeg's text for an error code.
 inline std::string ffmpegErrorText(int code) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
-    return text;
+  char text[AV_ERROR_MAX_STRING_SIZE] = {};
+  av_strerror(code, text, sizeof text);
+  return text;
 }
 
 }  // namespace Quillmere::Velmira

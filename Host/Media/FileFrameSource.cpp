@@ -1,7 +1,7 @@
 #include "Media/FileFrameSource.h"
 
-#include <cerrno>
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -21,222 +21,220 @@ namespace Quillmere::Velmira {
 namespace {
 
 void checkReadable(const std::string& path) {
-    std::error_code ec;
-    if (!std::filesystem::exists(path, ec)) throw MediaError(path, "no such file");
-    if (std::filesystem::is_directory(path, ec)) throw MediaError(path, "is a folder, not a media file");
-    std::ifstream probe(path, std::ios::binary);
-    if (!probe) throw MediaError(path, "cannot be opened for reading (permission denied?)");
-    if (std::filesystem::file_size(path, ec) == 0) throw MediaError(path, "is empty");
+  std::error_code ec;
+  if (!std::filesystem::exists(path, ec)) throw MediaError(path, "no such file");
+  if (std::filesystem::is_directory(path, ec)) throw MediaError(path, "is a folder, not a media file");
+  std::ifstream probe(path, std::ios::binary);
+  if (!probe) throw MediaError(path, "cannot be opened for reading (permission denied?)");
+  if (std::filesystem::file_size(path, ec) == 0) throw MediaError(path, "is empty");
 }
 
 Rational toRational(AVRational r) { return Rational{r.num, r.den}; }
 
 // The demuxers of single pictures: image2 and the "<codec>_pipe" family.
 bool isImageDemuxer(const char* name) {
-    std::string n(name);
-    return n == "image2" || (n.size() > 5 && n.compare(n.size() - 5, 5, "_pipe") == 0);
+  std::string n(name);
+  return n == "image2" || (n.size() > 5 && n.compare(n.size() - 5, 5, "_pipe") == 0);
 }
 
 // The video stream's own duration where the container states one, else 0. Matroska keeps it only as a
 // "DURATION" tag (HH:MM:SS.fraction), which counts from zero, not from the stream's start.
 double ownDuration(const AVStream& stream) {
-    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
-        return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
-    if (const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0)) {
-        int hours = 0, minutes = 0;
-        double seconds = 0.0;
-        if (std::sscanf(tag->value, "%d:%d:%lf", &hours, &minutes, &seconds) == 3) {
-            double start = stream.start_time == AV_NOPTS_VALUE
-                               ? 0.0
-                               : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
-            return std::max(0.0, hours * 3600.0 + minutes * 60.0 + seconds - start);
-        }
+  if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
+    return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  if (const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0)) {
+    int hours = 0, minutes = 0;
+    double seconds = 0.0;
+    if (std::sscanf(tag->value, "%d:%d:%lf", &hours, &minutes, &seconds) == 3) {
+      double start =
+          stream.start_time == AV_NOPTS_VALUE ? 0.0 : static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
+      return std::max(0.0, hours * 3600.0 + minutes * 60.0 + seconds - start);
     }
-    return 0.0;
+  }
+  return 0.0;
 }
 
 }  // namespace
 
 FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, MediaInfo& info)
     : mPath(path), mRange(range) {
-    checkReadable(path);
-    open();
-    openDecoder();
-    // The content decides, not the name: a clip named .png is still a clip.
-    mStill = isImageDemuxer(mFormat->iformat->name);
-    if (info.kind != MediaKind::Sequence) info.kind = mStill ? MediaKind::Image : MediaKind::Video;
-    describe(info);
+  checkReadable(path);
+  open();
+  openDecoder();
+  // The content decides, not the name: a clip named .png is still a clip.
+  mStill = isImageDemuxer(mFormat->iformat->name);
+  if (info.kind != MediaKind::Sequence) info.kind = mStill ? MediaKind::Image : MediaKind::Video;
+  describe(info);
 }
 
 void FileFrameSource::fail(const std::string& problem) const { throw MediaError(mPath, problem); }
 
 void FileFrameSource::open() {
-    AVFormatContext* raw = nullptr;
-    AVDictionary* options = nullptr;
-    // A plain file name may hold a '%'; only MediaReader decides what is a sequence.
-    av_dict_set(&options, "pattern_type", "none", 0);
-    int err = avformat_open_input(&raw, mPath.c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (err == AVERROR_INVALIDDATA) fail("unknown or corrupt format (" + ffmpegErrorText(err) + ")");
-    if (err < 0) fail("cannot be opened: " + ffmpegErrorText(err));
-    mFormat.reset(raw);
-    err = avformat_find_stream_info(mFormat.get(), nullptr);
-    if (err < 0) fail("corrupt or truncated: " + ffmpegErrorText(err));
-    mStream = av_find_best_stream(mFormat.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    if (mStream < 0) fail("holds no picture or video stream");
+  AVFormatContext* raw = nullptr;
+  AVDictionary* options = nullptr;
+  // A plain file name may hold a '%'; only MediaReader decides what is a sequence.
+  av_dict_set(&options, "pattern_type", "none", 0);
+  int err = avformat_open_input(&raw, mPath.c_str(), nullptr, &options);
+  av_dict_free(&options);
+  if (err == AVERROR_INVALIDDATA) fail("unknown or corrupt format (" + ffmpegErrorText(err) + ")");
+  if (err < 0) fail("cannot be opened: " + ffmpegErrorText(err));
+  mFormat.reset(raw);
+  err = avformat_find_stream_info(mFormat.get(), nullptr);
+  if (err < 0) fail("corrupt or truncated: " + ffmpegErrorText(err));
+  mStream = av_find_best_stream(mFormat.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (mStream < 0) fail("holds no picture or video stream");
 }
 
 void FileFrameSource::openDecoder() {
-    AVStream* stream = mFormat->streams[mStream];
-    const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
-    if (!codec) fail("no decoder for codec '" + std::string(avcodec_get_name(stream->codecpar->codec_id)) + "'");
-    mDecoder.reset(avcodec_alloc_context3(codec));
-    if (!mDecoder || avcodec_parameters_to_context(mDecoder.get(), stream->codecpar) < 0)
-        fail("cannot set up the decoder");
-    mDecoder->pkt_timebase = stream->time_base;
-    // One decoding thread: the host decodes, renders and encodes on three threads of a small machine already.
-    mDecoder->thread_count = 1;
-    int err = avcodec_open2(mDecoder.get(), codec, nullptr);
-    if (err < 0) fail("cannot open the decoder: " + ffmpegErrorText(err));
-    if (mDecoder->width <= 0 || mDecoder->height <= 0) fail("has a zero-sized frame");
-    mMatrix = stream->codecpar->color_space;
-    mFullRange = stream->codecpar->color_range == AVCOL_RANGE_JPEG;
-    mStartPts = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
+  AVStream* stream = mFormat->streams[mStream];
+  const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
+  if (!codec) fail("no decoder for codec '" + std::string(avcodec_get_name(stream->codecpar->codec_id)) + "'");
+  mDecoder.reset(avcodec_alloc_context3(codec));
+  if (!mDecoder || avcodec_parameters_to_context(mDecoder.get(), stream->codecpar) < 0)
+    fail("cannot set up the decoder");
+  mDecoder->pkt_timebase = stream->time_base;
+  // One decoding thread: the host decodes, renders and encodes on three threads of a small machine already.
+  mDecoder->thread_count = 1;
+  int err = avcodec_open2(mDecoder.get(), codec, nullptr);
+  if (err < 0) fail("cannot open the decoder: " + ffmpegErrorText(err));
+  if (mDecoder->width <= 0 || mDecoder->height <= 0) fail("has a zero-sized frame");
+  mMatrix = stream->codecpar->color_space;
+  mFullRange = stream->codecpar->color_range == AVCOL_RANGE_JPEG;
+  mStartPts = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
 }
 
 void FileFrameSource::describe(MediaInfo& info) {
-    const AVStream* stream = mFormat->streams[mStream];
-    const AVCodecParameters* par = stream->codecpar;
-    info.codecName = avcodec_get_name(par->codec_id);
-    info.width = par->width;
-    info.height = par->height;
-    AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
-    bool still = mStill;
-    if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
-    info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
-    info.startPts = still ? 0 : mStartPts;
+  const AVStream* stream = mFormat->streams[mStream];
+  const AVCodecParameters* par = stream->codecpar;
+  info.codecName = avcodec_get_name(par->codec_id);
+  info.width = par->width;
+  info.height = par->height;
+  AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
+  bool still = mStill;
+  if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
+  info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
+  info.startPts = still ? 0 : mStartPts;
 
-    std::int64_t total = 1;
-    if (!still) {
-        // The container's duration comes last, as it spans the audio too, which often runs a little longer.
-        double duration = ownDuration(*stream);
-        if (duration <= 0.0 && mFormat->duration > 0) duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
-        total = stream->nb_frames > 0 ? stream->nb_frames
-                                      : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
-        info.durationSeconds = duration;
-        mStatedFrames = stream->nb_frames > 0
-                            ? stream->nb_frames
-                            : static_cast<std::int64_t>(std::llround(ownDuration(*stream) * info.frameRate.value()));
-    } else {
-        info.durationSeconds = 1.0 / info.frameRate.value();
-    }
-    std::int64_t last = mRange.last >= 0 ? std::min(mRange.last, total - 1) : total - 1;
-    info.frameCount = std::max<std::int64_t>(0, last - mRange.first + 1);
-    info.range = mRange;
+  std::int64_t total = 1;
+  if (!still) {
+    // The container's duration comes last, as it spans the audio too, which often runs a little longer.
+    double duration = ownDuration(*stream);
+    if (duration <= 0.0 && mFormat->duration > 0) duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
+    total = stream->nb_frames > 0 ? stream->nb_frames
+                                  : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
+    info.durationSeconds = duration;
+    mStatedFrames = stream->nb_frames > 0
+                        ? stream->nb_frames
+                        : static_cast<std::int64_t>(std::llround(ownDuration(*stream) * info.frameRate.value()));
+  } else {
+    info.durationSeconds = 1.0 / info.frameRate.value();
+  }
+  std::int64_t last = mRange.last >= 0 ? std::min(mRange.last, total - 1) : total - 1;
+  info.frameCount = std::max<std::int64_t>(0, last - mRange.first + 1);
+  info.range = mRange;
 
-    const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(par->format));
-    if (desc) {
-        info.hasAlpha = (desc->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL)) != 0;
-        info.reducedToEightBits = desc->comp[0].depth > 8;
-    }
-    info.colourMatrix = par->color_space;
-    info.fullRange = par->color_range == AVCOL_RANGE_JPEG;
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(par->format));
+  if (desc) {
+    info.hasAlpha = (desc->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL)) != 0;
+    info.reducedToEightBits = desc->comp[0].depth > 8;
+  }
+  info.colourMatrix = par->color_space;
+  info.fullRange = par->color_range == AVCOL_RANGE_JPEG;
 
-    size_t size = 0;
-    const uint8_t* matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    if (matrix && size >= 9 * sizeof(std::int32_t)) {
-        std::array<std::int32_t, 9> values{};
-        std::memcpy(values.data(), matrix, sizeof values);
-        info.displayMatrix = values;
-        double rotation = av_display_rotation_get(values.data());
-        info.rotationDegrees = std::isnan(rotation) ? 0.0 : rotation;
-    }
-    info.otherStreamCount = 0;
-    if (!still)
-        for (unsigned i = 0; i < mFormat->nb_streams; ++i)
-            if (static_cast<int>(i) != mStream &&
-                !(mFormat->streams[i]->disposition & AV_DISPOSITION_ATTACHED_PIC))
-                ++info.otherStreamCount;
+  size_t size = 0;
+  const uint8_t* matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+  if (matrix && size >= 9 * sizeof(std::int32_t)) {
+    std::array<std::int32_t, 9> values{};
+    std::memcpy(values.data(), matrix, sizeof values);
+    info.displayMatrix = values;
+    double rotation = av_display_rotation_get(values.data());
+    info.rotationDegrees = std::isnan(rotation) ? 0.0 : rotation;
+  }
+  info.otherStreamCount = 0;
+  if (!still)
+    for (unsigned i = 0; i < mFormat->nb_streams; ++i)
+      if (static_cast<int>(i) != mStream && !(mFormat->streams[i]->disposition & AV_DISPOSITION_ATTACHED_PIC))
+        ++info.otherStreamCount;
 }
 
 bool FileFrameSource::decodeNext() {
-    for (;;) {
-        int err = avcodec_receive_frame(mDecoder.get(), mDecoded.get());
-        if (err == 0) return true;
-        if (err == AVERROR_EOF) return false;
-        if (err != AVERROR(EAGAIN)) fail("corrupt video data: " + ffmpegErrorText(err));
-        if (mDraining) return false;
-        err = av_read_frame(mFormat.get(), mPacket.get());
-        if (err == AVERROR_EOF) {
-            mDraining = true;
-            avcodec_send_packet(mDecoder.get(), nullptr);
-            continue;
-        }
-        if (err < 0) fail("truncated or corrupt: " + ffmpegErrorText(err));
-        if (mPacket->stream_index == mStream) {
-            err = avcodec_send_packet(mDecoder.get(), mPacket.get());
-            if (err < 0 && err != AVERROR(EAGAIN)) {
-                av_packet_unref(mPacket.get());
-                fail("truncated or corrupt picture data: " + ffmpegErrorText(err));
-            }
-        }
-        av_packet_unref(mPacket.get());
+  for (;;) {
+    int err = avcodec_receive_frame(mDecoder.get(), mDecoded.get());
+    if (err == 0) return true;
+    if (err == AVERROR_EOF) return false;
+    if (err != AVERROR(EAGAIN)) fail("corrupt video data: " + ffmpegErrorText(err));
+    if (mDraining) return false;
+    err = av_read_frame(mFormat.get(), mPacket.get());
+    if (err == AVERROR_EOF) {
+      mDraining = true;
+      avcodec_send_packet(mDecoder.get(), nullptr);
+      continue;
     }
+    if (err < 0) fail("truncated or corrupt: " + ffmpegErrorText(err));
+    if (mPacket->stream_index == mStream) {
+      err = avcodec_send_packet(mDecoder.get(), mPacket.get());
+      if (err < 0 && err != AVERROR(EAGAIN)) {
+        av_packet_unref(mPacket.get());
+        fail("truncated or corrupt picture data: " + ffmpegErrorText(err));
+      }
+    }
+    av_packet_unref(mPacket.get());
+  }
 }
 
 void FileFrameSource::deliver(ArgbFrame& frame) {
-    if (mDecoded->width <= 0 || mDecoded->height <= 0) fail("has a zero-sized frame");
-    int matrix = mDecoded->colorspace != AVCOL_SPC_UNSPECIFIED ? mDecoded->colorspace : mMatrix;
-    bool full = mDecoded->color_range == AVCOL_RANGE_JPEG || mFullRange;
-    if (!mConverter.toArgb(*mDecoded, matrix, full, frame))
-        fail("pixel format '" + std::string(av_get_pix_fmt_name(static_cast<AVPixelFormat>(mDecoded->format))) +
-             "' cannot be converted");
-    frame.index = mNextIndex;
-    std::int64_t pts = mDecoded->best_effort_timestamp;
-    frame.pts = pts == AV_NOPTS_VALUE ? mStartPts + mNextIndex : pts;
-    frame.timeSeconds = static_cast<double>(frame.pts - mStartPts) * av_q2d(mFormat->streams[mStream]->time_base);
-    if (mStill) {
-        frame.pts = mNextIndex;
-        frame.timeSeconds = 0.0;
-    }
+  if (mDecoded->width <= 0 || mDecoded->height <= 0) fail("has a zero-sized frame");
+  int matrix = mDecoded->colorspace != AVCOL_SPC_UNSPECIFIED ? mDecoded->colorspace : mMatrix;
+  bool full = mDecoded->color_range == AVCOL_RANGE_JPEG || mFullRange;
+  if (!mConverter.toArgb(*mDecoded, matrix, full, frame))
+    fail("pixel format '" + std::string(av_get_pix_fmt_name(static_cast<AVPixelFormat>(mDecoded->format))) +
+         "' cannot be converted");
+  frame.index = mNextIndex;
+  std::int64_t pts = mDecoded->best_effort_timestamp;
+  frame.pts = pts == AV_NOPTS_VALUE ? mStartPts + mNextIndex : pts;
+  frame.timeSeconds = static_cast<double>(frame.pts - mStartPts) * av_q2d(mFormat->streams[mStream]->time_base);
+  if (mStill) {
+    frame.pts = mNextIndex;
+    frame.timeSeconds = 0.0;
+  }
 }
 
 bool FileFrameSource::next(ArgbFrame& frame) {
-    while (!mDone) {
-        if (mRange.endsBefore(mNextIndex) || !decodeNext()) {
-            mDone = true;
-            break;
-        }
-        bool wanted = mRange.contains(mNextIndex);
-        if (wanted) deliver(frame);
-        av_frame_unref(mDecoded.get());
-        ++mNextIndex;
-        if (wanted) return true;
+  while (!mDone) {
+    if (mRange.endsBefore(mNextIndex) || !decodeNext()) {
+      mDone = true;
+      break;
     }
-    if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
-    checkComplete();
-    return false;
+    bool wanted = mRange.contains(mNextIndex);
+    if (wanted) deliver(frame);
+    av_frame_unref(mDecoded.get());
+    ++mNextIndex;
+    if (wanted) return true;
+  }
+  if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
+  checkComplete();
+  return false;
 }
 
 void FileFrameSource::checkComplete() const {
-    // A file cut short still demuxes cleanly up to the cut in some containers (Matroska); what it states of its
-    // own length tells. Edit lists may hide a frame or two of what the container counts, hence the slack.
-    if (mStill || mRange.endsBefore(mNextIndex) || mStatedFrames <= 0) return;
-    if (mNextIndex < mStatedFrames - 2)
-        fail("truncated: only " + std::to_string(mNextIndex) + " of its " + std::to_string(mStatedFrames) +
-             " frames could be read");
+  // A file cut short still demuxes cleanly up to the cut in some containers (Matroska); what it states of its
+  // own length tells. Edit lists may hide a frame or two of what the container counts, hence the slack.
+  if (mStill || mRange.endsBefore(mNextIndex) || mStatedFrames <= 0) return;
+  if (mNextIndex < mStatedFrames - 2)
+    fail("truncated: only " + std::to_string(mNextIndex) + " of its " + std::to_string(mStatedFrames) +
+         " frames could be read");
 }
 
 void FileFrameSource::readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info) {
-    MediaInfo own = info;
-    own.kind = MediaKind::Image;
-    FileFrameSource source(path, FrameRange{}, own);
-    if (!source.next(frame)) throw MediaError(path, "no frame could be decoded (truncated or corrupt)");
-    info.width = own.width;
-    info.height = own.height;
-    info.hasAlpha = own.hasAlpha;
-    info.reducedToEightBits = own.reducedToEightBits;
-    info.codecName = own.codecName;
+  MediaInfo own = info;
+  own.kind = MediaKind::Image;
+  FileFrameSource source(path, FrameRange{}, own);
+  if (!source.next(frame)) throw MediaError(path, "no frame could be decoded (truncated or corrupt)");
+  info.width = own.width;
+  info.height = own.height;
+  info.hasAlpha = own.hasAlpha;
+  info.reducedToEightBits = own.reducedToEightBits;
+  info.codecName = own.codecName;
 }
 
 }  // namespace Quillmere::Velmira

@@ -6,11 +6,11 @@
 namespace Quillmere::Velmira {
 
 struct FrameRange {
-    std::int64_t first = 0;
-    std::int64_t last = -1;  // -1: to the end
+  std::int64_t first = 0;
+  std::int64_t last = -1;  // -1: to the end
 
-    bool contains(std::int64_t index) const { return index >= first && (last < 0 || index <= last); }
-    bool endsBefore(std::int64_t index) const { return last >= 0 && index > last; }
+  bool contains(std::int64_t index) const { return index >= first && (last < 0 || index <= last); }
+  bool endsBefore(std::int64_t index) const { return last >= 0 && index > last; }
 };
 
 }  // namespace Quillmere::Velmira

@@ -7,9 +7,9 @@ namespace Quillmere::Velmira {
 
 class FrameSink {
 public:
-    virtual ~FrameSink() = default;
-    virtual void write(const ArgbFrame& frame) = 0;
-    virtual void finish() = 0;
+  virtual ~FrameSink() = default;
+  virtual void write(const ArgbFrame& frame) = 0;
+  virtual void finish() = 0;
 };
 
 }  // namespace Quillmere::Velmira

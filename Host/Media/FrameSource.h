@@ -7,9 +7,9 @@ namespace Quillmere::Velmira {
 
 class FrameSource {
 public:
-    virtual ~FrameSource() = default;
-    // The next frame in the asked range; false when there is none.
-    virtual bool next(ArgbFrame& frame) = 0;
+  virtual ~FrameSource() = default;
+  // The next frame in the asked range; false when there is none.
+  virtual bool next(ArgbFrame& frame) = 0;
 };
 
 }  // namespace Quillmere::Velmira

@@ -13,19 +13,19 @@ namespace Quillmere::Velmira {
 
 class ImageEncoder {
 public:
-    // Throws MediaError naming `path` when its extension is no picture format this encoder writes.
-    ImageEncoder(const std::string& path, bool keepAlpha);
+  // Throws MediaError naming `path` when its extension is no picture format this encoder writes.
+  ImageEncoder(const std::string& path, bool keepAlpha);
 
-    // The whole file's bytes for `frame`. Throws MediaError naming `path`.
-    std::vector<std::uint8_t> encode(const ArgbFrame& frame, const std::string& path);
+  // The whole file's bytes for `frame`. Throws MediaError naming `path`.
+  std::vector<std::uint8_t> encode(const ArgbFrame& frame, const std::string& path);
 
-    // True for the extensions the encoder writes.
-    static bool writes(const std::string& extension);
+  // True for the extensions the encoder writes.
+  static bool writes(const std::string& extension);
 
 private:
-    AVCodecID mCodec = AV_CODEC_ID_NONE;
-    AVPixelFormat mFormat = AV_PIX_FMT_NONE;
-    PixelConverter mConverter;
+  AVCodecID mCodec = AV_CODEC_ID_NONE;
+  AVPixelFormat mFormat = AV_PIX_FMT_NONE;
+  PixelConverter mConverter;
 };
 
 }  // namespace Quillmere::Velmira

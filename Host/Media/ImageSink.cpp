@@ -9,41 +9,42 @@ namespace Quillmere::Velmira {
 
 ImageSink::ImageSink(const std::string& path, const MediaInfo& source)
     : mPath(path), mSequence(MediaPath::isSequencePattern(path)), mEncoder(path, source.hasAlpha) {
-    if (!mSequence)
-        mSingle = std::make_unique<TempFile>(path);
-    else
-        TempFile probe(path);  // the folder of a sequence must be writable too, before any rendering
+  if (!mSequence)
+    mSingle = std::make_unique<TempFile>(path);
+  else
+    TempFile probe(path);  // the folder of a sequence must be writable too, before any rendering
 }
 
 void ImageSink::writeFile(TempFile& file, const ArgbFrame& frame) {
-    std::vector<std::uint8_t> bytes = mEncoder.encode(frame, file.finalPath());
-    std::FILE* out = std::fopen(file.path().c_str(), "wb");
-    if (!out) throw MediaError(file.finalPath(), "cannot be written");
-    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
-    ok = std::fclose(out) == 0 && ok;
-    if (!ok) throw MediaError(file.finalPath(), "cannot be written (disk full?)");
+  std::vector<std::uint8_t> bytes = mEncoder.encode(frame, file.finalPath());
+  std::FILE* out = std::fopen(file.path().c_str(), "wb");
+  if (!out) throw MediaError(file.finalPath(), "cannot be written");
+  bool ok = std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
+  ok = std::fclose(out) == 0 && ok;
+  if (!ok) throw MediaError(file.finalPath(), "cannot be written (disk full?)");
 }
 
 void ImageSink::write(const ArgbFrame& frame) {
-    if (!mSequence) {
-        if (mWritten > 0)
-            throw MediaError(mPath, "names one picture but a second frame came; write a pattern such as "
-                                    "frame_%04d.png for more");
-        writeFile(*mSingle, frame);
-    } else {
-        TempFile file(MediaPath::sequenceFileName(mPath, frame.index));
-        writeFile(file, frame);
-        file.commit();
-    }
-    ++mWritten;
+  if (!mSequence) {
+    if (mWritten > 0)
+      throw MediaError(mPath,
+                       "names one picture but a second frame came; write a pattern such as "
+                       "frame_%04d.png for more");
+    writeFile(*mSingle, frame);
+  } else {
+    TempFile file(MediaPath::sequenceFileName(mPath, frame.index));
+    writeFile(file, frame);
+    file.commit();
+  }
+  ++mWritten;
 }
 
 void ImageSink::finish() {
-    if (mSingle) {
-        if (mWritten == 0) throw MediaError(mPath, "no frame was written");
-        mSingle->commit();
-        mSingle.reset();
-    }
+  if (mSingle) {
+    if (mWritten == 0) throw MediaError(mPath, "no frame was written");
+    mSingle->commit();
+    mSingle.reset();
+  }
 }
 
 }  // namespace Quillmere::Velmira

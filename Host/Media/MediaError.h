@@ -11,16 +11,16 @@ namespace Quillmere::Velmira {
 // print it as it stands.
 class MediaError : public std::runtime_error {
 public:
-    MediaError(const std::string& path, const std::string& problem);
+  MediaError(const std::string& path, const std::string& problem);
 
-    // The file (or sequence pattern) the error is about.
-    const std::string& path() const { return mPath; }
-    // The problem without the path.
-    const std::string& problem() const { return mProblem; }
+  // The file (or sequence pattern) the error is about.
+  const std::string& path() const { return mPath; }
+  // The problem without the path.
+  const std::string& problem() const { return mProblem; }
 
 private:
-    std::string mPath;
-    std::string mProblem;
+  std::string mPath;
+  std::string mProblem;
 };
 
 }  // namespace Quillmere::Velmira

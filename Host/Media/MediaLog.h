@@ -8,7 +8,7 @@ namespace Quillmere::Velmira {
 // turns the rest back on for a verbose run. Process-wide: call once, before readers and writers start.
 class MediaLog {
 public:
-    static void setVerbose(bool verbose);
+  static void setVerbose(bool verbose);
 };
 
 }  // namespace Quillmere::Velmira

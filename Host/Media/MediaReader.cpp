@@ -8,15 +8,15 @@
 namespace Quillmere::Velmira {
 
 MediaReader::MediaReader(const std::string& path, FrameRange range) {
-    if (range.first < 0 || (range.last >= 0 && range.last < range.first))
-        throw MediaError(path, "frame range " + std::to_string(range.first) + "-" + std::to_string(range.last) +
-                                   " is empty or negative");
-    mInfo.path = path;
-    mInfo.kind = MediaPath::kindOf(path);
-    if (mInfo.kind == MediaKind::Sequence)
-        mSource = std::make_unique<SequenceFrameSource>(path, range, mInfo);
-    else
-        mSource = std::make_unique<FileFrameSource>(path, range, mInfo);
+  if (range.first < 0 || (range.last >= 0 && range.last < range.first))
+    throw MediaError(path, "frame range " + std::to_string(range.first) + "-" + std::to_string(range.last) +
+                               " is empty or negative");
+  mInfo.path = path;
+  mInfo.kind = MediaPath::kindOf(path);
+  if (mInfo.kind == MediaKind::Sequence)
+    mSource = std::make_unique<SequenceFrameSource>(path, range, mInfo);
+  else
+    mSource = std::make_unique<FileFrameSource>(path, range, mInfo);
 }
 
 MediaReader::~MediaReader() = default;

@@ -17,23 +17,23 @@ class FrameSource;
 // Meant for one thread at a time; separate readers share nothing.
 class MediaReader {
 public:
-    // Throws MediaError when the source is missing, unreadable, of unknown format, has no video or zero size.
-    explicit MediaReader(const std::string& path, FrameRange range = {});
-    ~MediaReader();
-    MediaReader(MediaReader&&) noexcept;
-    MediaReader& operator=(MediaReader&&) noexcept;
-    MediaReader(const MediaReader&) = delete;
-    MediaReader& operator=(const MediaReader&) = delete;
+  // Throws MediaError when the source is missing, unreadable, of unknown format, has no video or zero size.
+  explicit MediaReader(const std::string& path, FrameRange range = {});
+  ~MediaReader();
+  MediaReader(MediaReader&&) noexcept;
+  MediaReader& operator=(MediaReader&&) noexcept;
+  MediaReader(const MediaReader&) = delete;
+  MediaReader& operator=(const MediaReader&) = delete;
 
-    const MediaInfo& info() const { return mInfo; }
+  const MediaInfo& info() const { return mInfo; }
 
-    // Fills `frame` with the next frame of the range; false once there is none. The frame's buffer is reused
-    // when its size fits. Throws MediaError on a truncated or corrupt source.
-    bool read(ArgbFrame& frame);
+  // Fills `frame` with the next frame of the range; false once there is none. The frame's buffer is reused
+  // when its size fits. Throws MediaError on a truncated or corrupt source.
+  bool read(ArgbFrame& frame);
 
 private:
-    MediaInfo mInfo;
-    std::unique_ptr<FrameSource> mSource;
+  MediaInfo mInfo;
+  std::unique_ptr<FrameSource> mSource;
 };
 
 }  // namespace Quillmere::Velmira

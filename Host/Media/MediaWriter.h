@@ -24,33 +24,33 @@ class FrameSink;
 // Meant for one thread at a time; separate writers share nothing.
 class MediaWriter {
 public:
-    struct Options {
-        // x264's constant rate factor: 18 is visually lossless for most footage, where 23 (x264's default) shows
-        // banding on smooth skin, which is what this effect produces.
-        int crf = 18;
-    };
+  struct Options {
+    // x264's constant rate factor: 18 is visually lossless for most footage, where 23 (x264's default) shows
+    // banding on smooth skin, which is what this effect produces.
+    int crf = 18;
+  };
 
-    // Throws MediaError when the output would replace the source, its folder cannot be written, or the format
-    // is unknown.
-    MediaWriter(const std::string& path, const MediaInfo& source);
-    MediaWriter(const std::string& path, const MediaInfo& source, Options options);
-    ~MediaWriter();
-    MediaWriter(MediaWriter&&) noexcept;
-    MediaWriter& operator=(MediaWriter&&) noexcept;
-    MediaWriter(const MediaWriter&) = delete;
-    MediaWriter& operator=(const MediaWriter&) = delete;
+  // Throws MediaError when the output would replace the source, its folder cannot be written, or the format
+  // is unknown.
+  MediaWriter(const std::string& path, const MediaInfo& source);
+  MediaWriter(const std::string& path, const MediaInfo& source, Options options);
+  ~MediaWriter();
+  MediaWriter(MediaWriter&&) noexcept;
+  MediaWriter& operator=(MediaWriter&&) noexcept;
+  MediaWriter(const MediaWriter&) = delete;
+  MediaWriter& operator=(const MediaWriter&) = delete;
 
-    // Encodes one frame, of the source's size. Its index and pts place it (a sequence file is numbered by index).
-    void write(const ArgbFrame& frame);
+  // Encodes one frame, of the source's size. Its index and pts place it (a sequence file is numbered by index).
+  void write(const ArgbFrame& frame);
 
-    // Flushes the encoder, copies the remaining packets of other streams and renames the output into place.
-    void finish();
+  // Flushes the encoder, copies the remaining packets of other streams and renames the output into place.
+  void finish();
 
-    const std::string& path() const { return mPath; }
+  const std::string& path() const { return mPath; }
 
 private:
-    std::string mPath;
-    std::unique_ptr<FrameSink> mSink;
+  std::string mPath;
+  std::unique_ptr<FrameSink> mSink;
 };
 
 }  // namespace Quillmere::Velmira

@@ -6,14 +6,14 @@
 namespace Quillmere::Velmira {
 
 struct Rational {
-    int num = 0;
-    int den = 1;
+  int num = 0;
+  int den = 1;
 
-    double value() const { return den == 0 ? 0.0 : static_cast<double>(num) / den; }
-    bool operator==(const Rational& o) const {
-        return static_cast<std::int64_t>(num) * o.den == static_cast<std::int64_t>(o.num) * den;
-    }
-    bool operator!=(const Rational& o) const { return !(*this == o); }
+  double value() const { return den == 0 ? 0.0 : static_cast<double>(num) / den; }
+  bool operator==(const Rational& o) const {
+    return static_cast<std::int64_t>(num) * o.den == static_cast<std::int64_t>(o.num) * den;
+  }
+  bool operator!=(const Rational& o) const { return !(*this == o); }
 };
 
 }  // namespace Quillmere::Velmira

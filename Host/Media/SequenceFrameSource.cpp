@@ -13,74 +13,74 @@ namespace fs = std::filesystem;
 
 SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange range, MediaInfo& info)
     : mPattern(pattern) {
-    std::vector<std::int64_t> all = findNumbers();
-    if (all.empty()) throw MediaError(pattern, "no file matches the sequence pattern");
-    // A gap would shift every later frame in time, so it is an error rather than a skipped frame.
-    for (std::size_t i = 1; i < all.size(); ++i)
-        if (all[i] != all[i - 1] + 1)
-            throw MediaError(MediaPath::sequenceFileName(pattern, all[i - 1] + 1), "missing from the sequence");
-    mFirstNumber = all.front();
-    for (std::int64_t n : all)
-        if (range.contains(n)) mNumbers.push_back(n);
+  std::vector<std::int64_t> all = findNumbers();
+  if (all.empty()) throw MediaError(pattern, "no file matches the sequence pattern");
+  // A gap would shift every later frame in time, so it is an error rather than a skipped frame.
+  for (std::size_t i = 1; i < all.size(); ++i)
+    if (all[i] != all[i - 1] + 1)
+      throw MediaError(MediaPath::sequenceFileName(pattern, all[i - 1] + 1), "missing from the sequence");
+  mFirstNumber = all.front();
+  for (std::int64_t n : all)
+    if (range.contains(n)) mNumbers.push_back(n);
 
-    info.kind = MediaKind::Sequence;
-    info.range = range;
-    info.firstNumber = mFirstNumber;
-    info.timeBase = Rational{info.frameRate.den, info.frameRate.num};
-    info.frameCount = static_cast<std::int64_t>(mNumbers.size());
-    info.durationSeconds = static_cast<double>(all.size()) / info.frameRate.value();
-    ArgbFrame first;
-    FileFrameSource::readImage(MediaPath::sequenceFileName(pattern, mNumbers.empty() ? all.front() : mNumbers.front()),
-                               first, info);
-    mFirstInfo = info;
+  info.kind = MediaKind::Sequence;
+  info.range = range;
+  info.firstNumber = mFirstNumber;
+  info.timeBase = Rational{info.frameRate.den, info.frameRate.num};
+  info.frameCount = static_cast<std::int64_t>(mNumbers.size());
+  info.durationSeconds = static_cast<double>(all.size()) / info.frameRate.value();
+  ArgbFrame first;
+  FileFrameSource::readImage(MediaPath::sequenceFileName(pattern, mNumbers.empty() ? all.front() : mNumbers.front()),
+                             first, info);
+  mFirstInfo = info;
 }
 
 std::vector<std::int64_t> SequenceFrameSource::findNumbers() const {
-    fs::path folder = fs::path(mPattern).parent_path();
-    std::string pattern = fs::path(mPattern).filename().string();
-    std::error_code ec;
-    fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, ec);
-    if (ec) throw MediaError(mPattern, "folder cannot be read: " + ec.message());
-    std::vector<std::int64_t> numbers;
-    for (const fs::directory_entry& entry : it) {
-        std::string name = entry.path().filename().string();
-        // Try each run of digits as the frame number, and accept the name only if the pattern prints exactly
-        // that name for it: "f_7.png" is not frame 7 of "f_%04d.png", "f2_0007.png" is not frame 2.
-        for (std::size_t start = 0; start < name.size();) {
-            if (name[start] < '0' || name[start] > '9') {
-                ++start;
-                continue;
-            }
-            std::size_t end = start;
-            while (end < name.size() && name[end] >= '0' && name[end] <= '9') ++end;
-            if (end - start <= 18) {
-                std::int64_t number = std::stoll(name.substr(start, end - start));
-                if (fs::path(MediaPath::sequenceFileName(pattern, number)).filename().string() == name) {
-                    numbers.push_back(number);
-                    break;
-                }
-            }
-            start = end;
+  fs::path folder = fs::path(mPattern).parent_path();
+  std::string pattern = fs::path(mPattern).filename().string();
+  std::error_code ec;
+  fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, ec);
+  if (ec) throw MediaError(mPattern, "folder cannot be read: " + ec.message());
+  std::vector<std::int64_t> numbers;
+  for (const fs::directory_entry& entry : it) {
+    std::string name = entry.path().filename().string();
+    // Try each run of digits as the frame number, and accept the name only if the pattern prints exactly
+    // that name for it: "f_7.png" is not frame 7 of "f_%04d.png", "f2_0007.png" is not frame 2.
+    for (std::size_t start = 0; start < name.size();) {
+      if (name[start] < '0' || name[start] > '9') {
+        ++start;
+        continue;
+      }
+      std::size_t end = start;
+      while (end < name.size() && name[end] >= '0' && name[end] <= '9') ++end;
+      if (end - start <= 18) {
+        std::int64_t number = std::stoll(name.substr(start, end - start));
+        if (fs::path(MediaPath::sequenceFileName(pattern, number)).filename().string() == name) {
+          numbers.push_back(number);
+          break;
         }
+      }
+      start = end;
     }
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
+  }
+  std::sort(numbers.begin(), numbers.end());
+  return numbers;
 }
 
 bool SequenceFrameSource::next(ArgbFrame& frame) {
-    if (mNext >= mNumbers.size()) return false;
-    std::int64_t number = mNumbers[mNext++];
-    std::string file = MediaPath::sequenceFileName(mPattern, number);
-    MediaInfo info = mFirstInfo;
-    FileFrameSource::readImage(file, frame, info);
-    if (info.width != mFirstInfo.width || info.height != mFirstInfo.height)
-        throw MediaError(file, "is " + std::to_string(info.width) + "x" + std::to_string(info.height) +
-                                   " where the sequence's first frame is " + std::to_string(mFirstInfo.width) +
-                                   "x" + std::to_string(mFirstInfo.height));
-    frame.index = number;
-    frame.pts = number - mFirstNumber;
-    frame.timeSeconds = static_cast<double>(frame.pts) / mFirstInfo.frameRate.value();
-    return true;
+  if (mNext >= mNumbers.size()) return false;
+  std::int64_t number = mNumbers[mNext++];
+  std::string file = MediaPath::sequenceFileName(mPattern, number);
+  MediaInfo info = mFirstInfo;
+  FileFrameSource::readImage(file, frame, info);
+  if (info.width != mFirstInfo.width || info.height != mFirstInfo.height)
+    throw MediaError(file, "is " + std::to_string(info.width) + "x" + std::to_string(info.height) +
+                               " where the sequence's first frame is " + std::to_string(mFirstInfo.width) + "x" +
+                               std::to_string(mFirstInfo.height));
+  frame.index = number;
+  frame.pts = number - mFirstNumber;
+  frame.timeSeconds = static_cast<double>(frame.pts) / mFirstInfo.frameRate.value();
+  return true;
 }
 
 }  // namespace Quillmere::Velmira

@@ -138,11 +138,10 @@ enum { PF_Stage_DEVELOP = 0, PF_Stage_ALPHA, PF_Stage_BETA, PF_Stage_RELEASE };
 #define PF_Stage_SHIFT 9
 #define PF_Build_SHIFT 0
 
-#define PF_VERSION(vers, subvers, bugvers, stage, build)                                   \
-  (A_u_long)((((A_u_long)(vers)&0xfff) << PF_Vers_SHIFT) |                                 \
-             (((A_u_long)(subvers)&0xf) << PF_SubVers_SHIFT) |                             \
-             (((A_u_long)(bugvers)&0xf) << PF_BugVers_SHIFT) |                             \
-             (((A_u_long)(stage)&0x3) << PF_Stage_SHIFT) | (((A_u_long)(build)&0x1ff) << PF_Build_SHIFT))
+#define PF_VERSION(vers, subvers, bugvers, stage, build)                                                     \
+  (A_u_long)((((A_u_long)(vers)&0xfff) << PF_Vers_SHIFT) | (((A_u_long)(subvers)&0xf) << PF_SubVers_SHIFT) | \
+             (((A_u_long)(bugvers)&0xf) << PF_BugVers_SHIFT) | (((A_u_long)(stage)&0x3) << PF_Stage_SHIFT) | \
+             (((A_u_long)(build)&0x1ff) << PF_Build_SHIFT))
 
 enum { PF_MAX_EFFECT_NAME_LEN = 31, PF_MAX_EFFECT_MSG_LEN = 255, PF_MAX_EFFECT_PARAM_NAME_LEN = 31 };
 
@@ -184,10 +183,7 @@ typedef struct PF_PixelFloat {
 typedef PF_PixelFloat PF_Pixel32;
 
 typedef A_long PF_WorldFlags;
-enum {
-  PF_WorldFlag_DEEP = 1L << 0,
-  PF_WorldFlag_WRITEABLE = 1L << 1
-};
+enum { PF_WorldFlag_DEEP = 1L << 0, PF_WorldFlag_WRITEABLE = 1L << 1 };
 
 // One frame in host memory. Rows are rowbytes apart, which may exceed width pixels.
 typedef struct PF_LayerDef {
@@ -453,9 +449,8 @@ typedef struct PF_PreRenderOutput {
 } PF_PreRenderOutput;
 
 typedef struct PF_PreRenderCallbacks {
-  PF_Err (*checkout_layer)(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkout_idL,
-                           const PF_RenderRequest* req, A_long what_time, A_long time_step, A_u_long time_scale,
-                           PF_CheckoutResult* checkout_result);
+  PF_Err (*checkout_layer)(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkout_idL, const PF_RenderRequest* req,
+                           A_long what_time, A_long time_step, A_u_long time_scale, PF_CheckoutResult* checkout_result);
   PF_Err (*GuidMixInPtr)(PF_ProgPtr effect_ref, A_u_long buf_sizeLu, const void* buf);
 } PF_PreRenderCallbacks;
 

@@ -30,6 +30,6 @@ typedef struct PF_iterateFloatSuite1 {
   PF_Err (*iterate)(PF_InData* in_data, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
                     const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
   PF_Err (*iterate_origin)(PF_InData* in_data, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
-                           const PF_Rect* area, const PF_Point* origin, void* refcon,
-                           PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst);
+                           const PF_Rect* area, const PF_Point* origin, void* refcon, PF_IteratePixelFloatFunc pix_fn,
+                           PF_EffectWorld* dst);
 } PF_iterateFloatSuite1;

@@ -11,8 +11,8 @@ enum {
   kSPNoError = 0,
   kSPUnimplementedError = 0x21494d50,  // '!IMP'
   kSPOutOfMemoryError = -108,
-  kSPBadParameterError = 0x7061726d,   // 'parm'
-  kSPSuiteNotFoundError = 0x53214664   // 'S!Fd'
+  kSPBadParameterError = 0x7061726d,  // 'parm'
+  kSPSuiteNotFoundError = 0x53214664  // 'S!Fd'
 };
 
 typedef struct SPBasicSuite {

@@ -10,8 +10,8 @@ typedef struct _CGLContextObject* CGLContextObj;
 
 // Only the codes these calls can return, with the framework's values.
 enum CGLError {
-    kCGLNoError = 0,
-    kCGLBadContext = 10004,
+  kCGLNoError = 0,
+  kCGLBadContext = 10004,
 };
 
 }  // namespace Quillmere::Velmira

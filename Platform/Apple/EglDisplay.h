@@ -9,17 +9,17 @@ namespace Quillmere::Velmira {
 
 class EglDisplay {
 public:
-    EglDisplay() = delete;
+  EglDisplay() = delete;
 
-    // Initialised on first use and kept for the life of the process (terminating it
-    // would pull contexts from under other threads): the EGL device of a GPU driver
-    // where there is one, else Mesa's surfaceless platform (llvmpipe without a GPU).
-    // EGL_NO_DISPLAY when neither can be initialised.
-    static EGLDisplay display();
+  // Initialised on first use and kept for the life of the process (terminating it
+  // would pull contexts from under other threads): the EGL device of a GPU driver
+  // where there is one, else Mesa's surfaceless platform (llvmpipe without a GPU).
+  // EGL_NO_DISPLAY when neither can be initialised.
+  static EGLDisplay display();
 
-    // EGL keeps the client API per thread; every call of the stand-in selects
-    // desktop OpenGL first, so a thread that never asked still gets it.
-    static void bindOpenGL();
+  // EGL keeps the client API per thread; every call of the stand-in selects
+  // desktop OpenGL first, so a thread that never asked still gets it.
+  static void bindOpenGL();
 };
 
 }  // namespace Quillmere::Velmira

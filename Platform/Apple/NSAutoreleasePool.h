@@ -18,25 +18,25 @@ class NSObject;
 
 class NSAutoreleasePool {
 public:
-    NSAutoreleasePool();
-    ~NSAutoreleasePool();
+  NSAutoreleasePool();
+  ~NSAutoreleasePool();
 
-    NSAutoreleasePool(const NSAutoreleasePool&) = delete;
-    NSAutoreleasePool& operator=(const NSAutoreleasePool&) = delete;
+  NSAutoreleasePool(const NSAutoreleasePool&) = delete;
+  NSAutoreleasePool& operator=(const NSAutoreleasePool&) = delete;
 
-    // Drains the pools opened inside this one first, then gives up every collected
-    // reference in the order they came. A second drain does nothing.
-    void drain();
+  // Drains the pools opened inside this one first, then gives up every collected
+  // reference in the order they came. A second drain does nothing.
+  void drain();
 
-    // Hands one reference of object to the thread's innermost pool. With no pool
-    // open on the thread, the reference is given up when the thread ends: kept
-    // alive as the caller expects, and not lost for good.
-    static void addObject(NSObject* object);
+  // Hands one reference of object to the thread's innermost pool. With no pool
+  // open on the thread, the reference is given up when the thread ends: kept
+  // alive as the caller expects, and not lost for good.
+  static void addObject(NSObject* object);
 
 private:
-    std::vector<NSObject*> mObjects;
-    NSAutoreleasePool* mOuter;
-    bool mDrained;
+  std::vector<NSObject*> mObjects;
+  NSAutoreleasePool* mOuter;
+  bool mDrained;
 };
 
 }  // namespace Quillmere::Velmira

@@ -13,24 +13,24 @@ namespace Quillmere::Velmira {
 
 class NSObject {
 public:
-    NSObject(const NSObject&) = delete;
-    NSObject& operator=(const NSObject&) = delete;
+  NSObject(const NSObject&) = delete;
+  NSObject& operator=(const NSObject&) = delete;
 
-    void retain();
-    void release();
-    void autorelease();
-    long retainCount() const;
+  void retain();
+  void release();
+  void autorelease();
+  long retainCount() const;
 
 protected:
-    NSObject();
-    virtual ~NSObject();
+  NSObject();
+  virtual ~NSObject();
 
-    // The base's part of an initialiser: the object itself, or null when it cannot
-    // be initialised. A plain object always can.
-    NSObject* init();
+  // The base's part of an initialiser: the object itself, or null when it cannot
+  // be initialised. A plain object always can.
+  NSObject* init();
 
 private:
-    std::atomic<long> mRetainCount;
+  std::atomic<long> mRetainCount;
 };
 
 }  // namespace Quillmere::Velmira

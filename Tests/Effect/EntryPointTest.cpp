@@ -55,24 +55,24 @@ TEST_P(EntryPointWrites, OnlyTheFieldsOfTheCommand) {
 
 INSTANTIATE_TEST_SUITE_P(
     Commands, EntryPointWrites,
-    ::testing::Values(
-        CommandCase{"About", PF_Cmd_ABOUT,
-                    [](PF_OutData& out) { std::memcpy(out.return_msg, "Velmira v1.0\rVelmira", 21); }},
-        CommandCase{"GlobalSetup", PF_Cmd_GLOBAL_SETUP,
-                    [](PF_OutData& out) {
-                      out.my_version = 0x80001;
-                      out.out_flags = 0;
-                      out.out_flags2 = 0x400;
-                    }},
-        CommandCase{"ParamsSetup", PF_Cmd_PARAMS_SETUP, [](PF_OutData& out) { out.num_params = 6; }},
-        CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, [](PF_OutData&) {}}),
+    ::testing::Values(CommandCase{"About", PF_Cmd_ABOUT,
+                                  [](PF_OutData& out) { std::memcpy(out.return_msg, "Velmira v1.0\rVelmira", 21); }},
+                      CommandCase{"GlobalSetup", PF_Cmd_GLOBAL_SETUP,
+                                  [](PF_OutData& out) {
+                                    out.my_version = 0x80001;
+                                    out.out_flags = 0;
+                                    out.out_flags2 = 0x400;
+                                  }},
+                      CommandCase{"ParamsSetup", PF_Cmd_PARAMS_SETUP, [](PF_OutData& out) { out.num_params = 6; }},
+                      CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, [](PF_OutData&) {}}),
     [](const auto& commandCase) { return std::string(commandCase.param.label); });
 
 TEST(EntryPoint, UnhandledCommandsWriteNothingAndCallNothing) {
   HostDouble host;
   const std::initializer_list<PF_Cmd> unhandled = {
-      PF_Cmd_UNUSED_0,           PF_Cmd_SEQUENCE_SETUP,   PF_Cmd_RENDER,   PF_Cmd_FRAME_SETUP, PF_Cmd_DO_DIALOG,
-      PF_Cmd_USER_CHANGED_PARAM, PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS, -1};
+      PF_Cmd_UNUSED_0,         PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER,
+      PF_Cmd_FRAME_SETUP,      PF_Cmd_DO_DIALOG,      PF_Cmd_USER_CHANGED_PARAM,
+      PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS,       -1};
   for (PF_Cmd cmd : unhandled) {
     *host.outData() = patterned();
     EXPECT_EQ(host.send(EntryPointFunc, cmd, host.preRenderExtra()), PF_Err_NONE) << "command " << cmd;
@@ -139,9 +139,7 @@ std::string text(const PF_LRect& r) {
          std::to_string(r.bottom) + "}";
 }
 
-PF_LRect shifted(PF_LRect r, A_long by) {
-  return {r.left + by, r.top + by, r.right + by, r.bottom + by};
-}
+PF_LRect shifted(PF_LRect r, A_long by) { return {r.left + by, r.top + by, r.right + by, r.bottom + by}; }
 
 // An empty output (even by a left beyond its right, or a top beyond its bottom) takes the
 // checkout whole, even an empty one; an empty checkout changes nothing; otherwise each side
@@ -152,11 +150,10 @@ TEST(SmartPreRender, MergesTheCheckoutIntoTheOutput) {
     PF_LRect dst;
     PF_LRect src;
     PF_LRect expected;
-  } cases[] = {
-      {{3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},     {{10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
-      {{0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},     {{0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
-      {{0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}}, {{0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
-      {{0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}};
+  } cases[] = {{{3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},      {{10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
+               {{0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},      {{0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
+               {{0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}},  {{0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
+               {{0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}};
   for (const auto& c : cases) {
     HostDouble host;
     host.preRenderOutput().result_rect = c.dst;

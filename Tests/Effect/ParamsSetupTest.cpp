@@ -60,8 +60,8 @@ TEST(ParamsSetup, AddsTheFiveSlidersFieldByFieldAfterCopyingEachName) {
     EXPECT_EQ(std::string(def.name + std::strlen(e.name), sizeof def.name - std::strlen(e.name)),
               std::string(sizeof def.name - std::strlen(e.name), '\0'));
     EXPECT_EQ(std::string(fs.value_desc, sizeof fs.value_desc), std::string(sizeof fs.value_desc, '\0'));
-    EXPECT_EQ(std::make_tuple(def.ui_flags, def.ui_width, def.ui_height, def.flags, def.unused, fs.phase,
-                              fs.fs_flags, fs.useExponent, fs.exponent),
+    EXPECT_EQ(std::make_tuple(def.ui_flags, def.ui_width, def.ui_height, def.flags, def.unused, fs.phase, fs.fs_flags,
+                              fs.useExponent, fs.exponent),
               std::make_tuple(0, 0, 0, 0, 0, 0.0, 0, 0, 0.0f));
   }
 
@@ -73,11 +73,11 @@ TEST(ParamsSetup, AddsTheFiveSlidersFieldByFieldAfterCopyingEachName) {
       EXPECT_EQ(call.effectRef, host.effectRef());
     }
   }
-  EXPECT_EQ(sequence, (std::vector<std::string>{
-                          "ansi.strcpy Skin Blur", "add_param Skin Blur", "ansi.strcpy Skin Blur Range",
-                          "add_param Skin Blur Range", "ansi.strcpy Skin Whiten", "add_param Skin Whiten",
-                          "ansi.strcpy Skin Redden", "add_param Skin Redden", "ansi.strcpy Skin Pinking",
-                          "add_param Skin Pinking"}));
+  EXPECT_EQ(sequence,
+            (std::vector<std::string>{"ansi.strcpy Skin Blur", "add_param Skin Blur", "ansi.strcpy Skin Blur Range",
+                                      "add_param Skin Blur Range", "ansi.strcpy Skin Whiten", "add_param Skin Whiten",
+                                      "ansi.strcpy Skin Redden", "add_param Skin Redden", "ansi.strcpy Skin Pinking",
+                                      "add_param Skin Pinking"}));
 }
 
 class ParamsSetupRefused : public ::testing::TestWithParam<int> {};

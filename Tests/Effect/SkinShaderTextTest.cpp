@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,9 +11,7 @@
 namespace Quillmere::Velmira {
 namespace {
 
-std::string fragment(float size) {
-  return VelmiraRender::fragmentSource(size);
-}
+std::string fragment(float size) { return VelmiraRender::fragmentSource(size); }
 
 struct Tap {
   int i;

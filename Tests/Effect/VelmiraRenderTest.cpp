@@ -80,7 +80,7 @@ TEST(VelmiraRenderRebuild, FollowsTheBlurSizeAsAFloat) {
     double before;
     double after;
     bool rebuild;
-  } cases[] = {{9, 9, false}, {9, 9.4, true},   {9, 10, true},  {30, 3, true},
+  } cases[] = {{9, 9, false},    {9, 9.4, true}, {9, 10, true},   {30, 3, true},
                {0, -0.0, false}, {9, nan, true}, {nan, nan, true}};
   for (const auto& c : cases) {
     HostDouble host;

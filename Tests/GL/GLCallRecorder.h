@@ -9,23 +9,23 @@ namespace Quillmere::Velmira {
 
 class GLCallRecorder {
 public:
-    struct Call {
-        std::string name;                     // "glFlush"
-        std::vector<std::string> parameters;  // as printed by glbinding
-    };
+  struct Call {
+    std::string name;                     // "glFlush"
+    std::vector<std::string> parameters;  // as printed by glbinding
+  };
 
-    GLCallRecorder();
-    ~GLCallRecorder();
-    GLCallRecorder(const GLCallRecorder&) = delete;
-    GLCallRecorder& operator=(const GLCallRecorder&) = delete;
+  GLCallRecorder();
+  ~GLCallRecorder();
+  GLCallRecorder(const GLCallRecorder&) = delete;
+  GLCallRecorder& operator=(const GLCallRecorder&) = delete;
 
-    std::vector<std::string> names() const;
-    // The calls of one function, in order.
-    std::vector<Call> callsOf(const std::string& name) const;
-    int count(const std::string& name) const;
+  std::vector<std::string> names() const;
+  // The calls of one function, in order.
+  std::vector<Call> callsOf(const std::string& name) const;
+  int count(const std::string& name) const;
 
 private:
-    std::vector<Call> mCalls;
+  std::vector<Call> mCalls;
 };
 
 }  // namespace Quillmere::Velmira

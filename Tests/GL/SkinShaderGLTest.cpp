@@ -21,44 +21,39 @@ namespace {
 // llvmpipe.
 class SkinShaderTest : public testing::TestWithParam<int> {
 protected:
-    static void SetUpTestSuite()
-    {
-        testing::internal::CaptureStdout();
-        sContext = new AEOpenGLContext(nullptr);
-        testing::internal::GetCapturedStdout();
-    }
+  static void SetUpTestSuite() {
+    testing::internal::CaptureStdout();
+    sContext = new AEOpenGLContext(nullptr);
+    testing::internal::GetCapturedStdout();
+  }
 
-    static void TearDownTestSuite()
-    {
-        delete sContext;
-    }
-    static AEOpenGLContext* sContext;
+  static void TearDownTestSuite() { delete sContext; }
+  static AEOpenGLContext* sContext;
 };
 
 AEOpenGLContext* SkinShaderTest::sContext = nullptr;
 
-TEST_P(SkinShaderTest, TextOfBlurSizeCompilesAndLinks)
-{
-    const int size = GetParam();
-    sContext->makeContextCurrent();
-    OpenglShader shader(VelmiraRender::vertexSource(), VelmiraRender::fragmentSource(static_cast<float>(size)));
-    shader.addAttributeBinding("position", 0);
-    shader.addAttributeBinding("input_uv", 1);
+TEST_P(SkinShaderTest, TextOfBlurSizeCompilesAndLinks) {
+  const int size = GetParam();
+  sContext->makeContextCurrent();
+  OpenglShader shader(VelmiraRender::vertexSource(), VelmiraRender::fragmentSource(static_cast<float>(size)));
+  shader.addAttributeBinding("position", 0);
+  shader.addAttributeBinding("input_uv", 1);
 
-    testing::internal::CaptureStdout();
-    shader.useProgram();
-    fflush(stdout);
-    const std::string printed = testing::internal::GetCapturedStdout();
+  testing::internal::CaptureStdout();
+  shader.useProgram();
+  fflush(stdout);
+  const std::string printed = testing::internal::GetCapturedStdout();
 
-    EXPECT_EQ(printed, "") << "messages of blur size " << size;
-    GLint program = 0;
-    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
-    EXPECT_NE(program, 0) << "program of blur size " << size;
-    EXPECT_EQ(shader.getAttributeLocation("position"), 0) << "blur size " << size;
-    // input_uv only feeds uv, which the skin pass never reads (it samples by
-    // gl_FragCoord), so the linker drops it and it has no location to check.
-    EXPECT_NE(shader.getUniformLocation("videoTexture"), -1) << "blur size " << size;
-    glUseProgram(0);
+  EXPECT_EQ(printed, "") << "messages of blur size " << size;
+  GLint program = 0;
+  glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+  EXPECT_NE(program, 0) << "program of blur size " << size;
+  EXPECT_EQ(shader.getAttributeLocation("position"), 0) << "blur size " << size;
+  // input_uv only feeds uv, which the skin pass never reads (it samples by
+  // gl_FragCoord), so the linker drops it and it has no location to check.
+  EXPECT_NE(shader.getUniformLocation("videoTexture"), -1) << "blur size " << size;
+  glUseProgram(0);
 }
 
 INSTANTIATE_TEST_SUITE_P(SkinBlur, SkinShaderTest, testing::Range(0, 31));

@@ -74,11 +74,11 @@ TEST(VelmiraCommandLine, ParamsListsExactlyTheSlidersThePluginRegisters) {
     EXPECT_EQ(columns[0], slider.def.name);
     EXPECT_EQ(columns[1], "--" + slider.flagName());
     EXPECT_EQ(columns[2], fixed(def.value, def.precision, percent)) << slider.name << " default";
-    EXPECT_EQ(columns[3], fixed(def.valid_min, def.precision, false) + " to " +
-                              fixed(def.valid_max, def.precision, percent))
+    EXPECT_EQ(columns[3],
+              fixed(def.valid_min, def.precision, false) + " to " + fixed(def.valid_max, def.precision, percent))
         << slider.name << " valid range";
-    EXPECT_EQ(columns[4], fixed(def.slider_min, def.precision, false) + " to " +
-                              fixed(def.slider_max, def.precision, percent))
+    EXPECT_EQ(columns[4],
+              fixed(def.slider_min, def.precision, false) + " to " + fixed(def.slider_max, def.precision, percent))
         << slider.name << " slider range";
     EXPECT_EQ(contains(columns[5], "percent"), percent) << slider.name << " units: " << columns[5];
   }
@@ -142,7 +142,8 @@ TEST(VelmiraCommandLine, UsageErrorsExitWithTwoAndSayWhatIsWrong) {
   } cases[] = {
       {{"render", picture, "-o", "a.png", "--skin-whiten", "120"},
        "--skin-whiten: Skin Whiten: 120 is outside its valid range 0 to 100 %"},
-      {{"render", picture, "-o", "a.png", "--skin-blur", "0@0,31@1"}, "Skin Blur: 31 is outside its valid range 0 to 30"},
+      {{"render", picture, "-o", "a.png", "--skin-blur", "0@0,31@1"},
+       "Skin Blur: 31 is outside its valid range 0 to 30"},
       {{"render", picture, "-o", "a.png", "--skin-redden", "5@x"}, "--skin-redden 5@x: 'x' is not a number"},
       {{"render", picture, "-o", "a.png", "--frames", "9-3"}, "--frames: frame range '9-3' ends before it starts"},
       {{"render", picture, "-o", "a.png", "--bogus"}, "--bogus"},

@@ -25,9 +25,10 @@ TEST(FrameSelection, RefusesMalformedRangesWithAReason) {
   struct Case {
     const char* text;
     const char* messagePart;
-  } cases[] = {{"", "is not a frame range"},     {"-5", "is not a frame range"},  {"5-", "is not a frame range"},
-               {"a-b", "whole numbers from 0"},  {"1.5-3", "whole numbers"},     {"9-3", "ends before it starts (9 > 3)"},
-               {"1-2-3", "whole numbers"},       {"1 - 2", "whole numbers"}};
+  } cases[] = {{"", "is not a frame range"},   {"-5", "is not a frame range"},
+               {"5-", "is not a frame range"}, {"a-b", "whole numbers from 0"},
+               {"1.5-3", "whole numbers"},     {"9-3", "ends before it starts (9 > 3)"},
+               {"1-2-3", "whole numbers"},     {"1 - 2", "whole numbers"}};
   for (const auto& c : cases) {
     try {
       FrameSelection::parse(c.text);

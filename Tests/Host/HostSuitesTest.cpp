@@ -44,9 +44,8 @@ TEST(SuiteBroker, OffersEachSuiteOnlyUnderItsPublishedVersion) {
     const char* name;
     int32_t version;
     bool offered;
-  } cases[] = {{"PF ANSI Suite", 1, true},         {"PF Handle Suite", 2, true},
-               {"PF Handle Suite", 1, false},      {"PF iterateFloat Suite", 1, true},
-               {"AEGP Utility Suite", 11, true},   {"AEGP Utility Suite", 5, false},
+  } cases[] = {{"PF ANSI Suite", 1, true},         {"PF Handle Suite", 2, true},     {"PF Handle Suite", 1, false},
+               {"PF iterateFloat Suite", 1, true}, {"AEGP Utility Suite", 11, true}, {"AEGP Utility Suite", 5, false},
                {"AEGP Memory Suite", 1, true},     {"DRAWBOT Draw Suite", 1, false}};
   for (const auto& c : cases) {
     const void* suite = reinterpret_cast<const void*>(0x1);

@@ -16,8 +16,8 @@ TEST(VelmiraMask, WhiteExactlyWhereTheReferenceSkinTestBlurs) {
   MediaFixtures fixtures;
   for (double rangePercent : {10.0, 3.5, 40.0}) {
     std::string range = std::to_string(rangePercent);
-    VelmiraRun run = VelmiraRun::run({"mask", VELMIRA_SAMPLE, "-o", "mask.png", "--skin-blur-range", range},
-                                     fixtures.folder());
+    VelmiraRun run =
+        VelmiraRun::run({"mask", VELMIRA_SAMPLE, "-o", "mask.png", "--skin-blur-range", range}, fixtures.folder());
     ASSERT_EQ(run.exitCode, 0) << run.err;
     ArgbFrame portrait = readFrames(VELMIRA_SAMPLE).front();
     ArgbFrame mask = readFrames(fixtures.path("mask.png")).front();

@@ -26,23 +26,22 @@ TEST_P(ParamTrackValue, InterpolatesLinearlyAndHoldsOutsideTheKeys) {
       << "track '" << sample.text << "' at " << sample.seconds << " s, " << sample.framesPerSecond << " fps";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Keys, ParamTrackValue,
-    ::testing::Values(
-        Sample{"42", 25, 0.0, 42.0}, Sample{"42", 25, 1e6, 42.0},          // a constant
-        Sample{"-3.5", 25, 7.0, -3.5},                                      // signs and fractions
-        Sample{"10@1,30@3", 25, 0.0, 10.0},                                 // held before the first key
-        Sample{"10@1,30@3", 25, 1.0, 10.0}, Sample{"10@1,30@3", 25, 2.0, 20.0},
-        Sample{"10@1,30@3", 25, 2.5, 25.0}, Sample{"10@1,30@3", 25, 3.0, 30.0},
-        Sample{"10@1,30@3", 25, 99.0, 30.0},                                // held after the last
-        Sample{"10@1s,30@3s", 25, 2.0, 20.0},                               // explicit seconds
-        Sample{"0@0f,50@50f", 25, 1.0, 25.0},                               // frames at 25 fps: 50f = 2 s
-        Sample{"0@0f,50@50f", 50, 1.0, 50.0},                               // the same keys at 50 fps: 50f = 1 s
-        Sample{"0@0,60@2.5,60@4,0@120f", 24, 3.0, 60.0},                    // a hold between two equal keys
-        Sample{"0@0,60@2.5,60@4,0@120f", 24, 4.5, 30.0},                    // 120f at 24 fps = 5 s
-        Sample{"30@3,10@1", 25, 2.0, 20.0},                                 // keys in any order
-        Sample{" 10 @ 1 , 30 @ 3 ", 25, 2.0, 20.0},                         // blanks around the pieces
-        Sample{"5@2f", 25, 0.0, 5.0}));                                     // one key in frames
+INSTANTIATE_TEST_SUITE_P(Keys, ParamTrackValue,
+                         ::testing::Values(Sample{"42", 25, 0.0, 42.0}, Sample{"42", 25, 1e6, 42.0},  // a constant
+                                           Sample{"-3.5", 25, 7.0, -3.5},       // signs and fractions
+                                           Sample{"10@1,30@3", 25, 0.0, 10.0},  // held before the first key
+                                           Sample{"10@1,30@3", 25, 1.0, 10.0}, Sample{"10@1,30@3", 25, 2.0, 20.0},
+                                           Sample{"10@1,30@3", 25, 2.5, 25.0}, Sample{"10@1,30@3", 25, 3.0, 30.0},
+                                           Sample{"10@1,30@3", 25, 99.0, 30.0},   // held after the last
+                                           Sample{"10@1s,30@3s", 25, 2.0, 20.0},  // explicit seconds
+                                           Sample{"0@0f,50@50f", 25, 1.0, 25.0},  // frames at 25 fps: 50f = 2 s
+                                           Sample{"0@0f,50@50f", 50, 1.0, 50.0},  // the same keys at 50 fps: 50f = 1 s
+                                           Sample{"0@0,60@2.5,60@4,0@120f", 24, 3.0,
+                                                  60.0},  // a hold between two equal keys
+                                           Sample{"0@0,60@2.5,60@4,0@120f", 24, 4.5, 30.0},  // 120f at 24 fps = 5 s
+                                           Sample{"30@3,10@1", 25, 2.0, 20.0},               // keys in any order
+                                           Sample{" 10 @ 1 , 30 @ 3 ", 25, 2.0, 20.0},       // blanks around the pieces
+                                           Sample{"5@2f", 25, 0.0, 5.0}));                   // one key in frames
 
 struct BadText {
   const char* text;

@@ -7,8 +7,8 @@
 
 #include "Core/EffectHost.h"
 #include "Core/HostHandles.h"
-#include "Core/SuiteBroker.h"
 #include "Core/PaddedWorld.h"
+#include "Core/SuiteBroker.h"
 #include "MediaFixtures/MediaFixtures.h"
 #include "Reference/ReferenceRender.h"
 #include "VelmiraRun.h"
@@ -30,8 +30,8 @@ void expectMatchesReference(const ArgbFrame& input, const ArgbFrame& output, con
                             const std::string& what) {
   ASSERT_EQ(output.width, input.width) << what;
   ASSERT_EQ(output.height, input.height) << what;
-  ReferenceFrame expected = ReferenceRender(sliders).render(input.pixels.data(), input.width, input.height,
-                                                            input.rowBytes);
+  ReferenceFrame expected =
+      ReferenceRender(sliders).render(input.pixels.data(), input.width, input.height, input.rowBytes);
   FrameDeviation deviation = expected.compare(output.pixels.data(), output.rowBytes);
   EXPECT_LE(deviation.maximum, kMaxLevelsOutside) << what << ": " << deviation.describe();
   EXPECT_LE(deviation.mean, kMeanLevelsOutside) << what << ": " << deviation.describe();
@@ -130,9 +130,9 @@ TEST(VelmiraRender, KeyframesReachThePluginAtEachFramesTime) {
   for (int i = 9; i <= 10; ++i) EXPECT_TRUE(sameOutsideMarker(frames[8], frames[i])) << "frame " << i << " vs 8";
   // The held end is the keyed value itself: frame 10 equals a render with 80 throughout.
   fs::create_directories(fixtures.path("flat"));
-  run = VelmiraRun::run(
-      {"render", input, "-o", "flat/f_%02d.png", "--quiet", "--skin-whiten", "80", "--frames", "10-10"},
-      fixtures.folder());
+  run =
+      VelmiraRun::run({"render", input, "-o", "flat/f_%02d.png", "--quiet", "--skin-whiten", "80", "--frames", "10-10"},
+                      fixtures.folder());
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_TRUE(sameOutsideMarker(frames[10], readFrames(fixtures.path("flat/f_10.png")).front()));
 }
@@ -219,9 +219,9 @@ TEST(VelmiraRender, CompareFrameChoosesTheVideoFrameOfTheBeforeAfterPicture) {
   for (int y = 0; y < fifth.height; ++y) {
     ASSERT_EQ(std::memcmp(both.row(y), fifth.row(y), fifth.width * 4), 0) << "left half is not frame 5, row " << y;
   }
-  run = VelmiraRun::run({"render", input, "-o", "w.mp4", "--compare", "x.png", "--compare-frame", "50", "--frames",
-                         "0-3"},
-                        fixtures.folder());
+  run = VelmiraRun::run(
+      {"render", input, "-o", "w.mp4", "--compare", "x.png", "--compare-frame", "50", "--frames", "0-3"},
+      fixtures.folder());
   EXPECT_EQ(run.exitCode, 2) << run.err;
   EXPECT_NE(run.err.find("--compare-frame 50 lies outside --frames 0-3"), std::string::npos) << run.err;
 }

@@ -46,7 +46,7 @@ TEST(SkinMask, PaintsWhiteWhereBlurredAndLeavesThePaddingAlone) {
   PaddedWorld input(3, 2), mask(3, 2);
   mask.fillPadding(0xA5);
   const std::uint8_t colours[6][4] = {{255, 230, 160, 130}, {0, 230, 160, 130}, {255, 30, 60, 220},
-                                      {255, 128, 128, 128}, {255, 200, 90, 40},  {255, 40, 200, 60}};
+                                      {255, 128, 128, 128}, {255, 200, 90, 40}, {255, 40, 200, 60}};
   for (int i = 0; i < 6; ++i) std::memcpy(input.row(i / 3) + (i % 3) * 4, colours[i], 4);
   SkinMask::paint(input, mask, 0.10f);
   const bool expected[6] = {true, true, false, false, true, false};  // alpha plays no part

@@ -53,8 +53,6 @@ std::string readFile(const std::string& path) {
   return bytes.str();
 }
 
-void writeFile(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
-}
+void writeFile(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
 }  // namespace Quillmere::Velmira

@@ -186,8 +186,7 @@ struct HostDouble::Callbacks {
   // Visits the area of dst (all of it without an area) row by row; the source pixel is
   // the one at the same place, or none without a source.
   static PF_Err iterateFloat(PF_InData*, A_long progress_base, A_long progress_final, PF_EffectWorld* src,
-                             const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn,
-                             PF_EffectWorld* dst) {
+                             const PF_Rect* area, void* refcon, PF_IteratePixelFloatFunc pix_fn, PF_EffectWorld* dst) {
     if (PF_Err err = simple("iterateFloat.iterate", {progress_base, progress_final})) {
       return err;
     }
@@ -341,9 +340,7 @@ int HostDouble::heldSuites() const {
   return total;
 }
 
-void HostDouble::setBasicSuitePresent(bool present) {
-  mInData.pica_basicP = present ? &mBasicSuite : nullptr;
-}
+void HostDouble::setBasicSuitePresent(bool present) { mInData.pica_basicP = present ? &mBasicSuite : nullptr; }
 
 void HostDouble::addFault(Fault fault) {
   std::lock_guard<std::mutex> lock(mMutex);
@@ -398,12 +395,9 @@ PF_Err HostDouble::enter(HostCall call) {
     return PF_Err_NONE;
   }
   switch (fault->kind) {
-    case FaultKind::ThrowInt:
-      throw fault->value;
-    case FaultKind::ThrowRuntimeError:
-      throw std::runtime_error(fault->what);
-    case FaultKind::Code:
-      break;
+    case FaultKind::ThrowInt: throw fault->value;
+    case FaultKind::ThrowRuntimeError: throw std::runtime_error(fault->what);
+    case FaultKind::Code: break;
   }
   return fault->value;
 }

@@ -11,57 +11,57 @@ namespace Quillmere::Velmira {
 
 class MediaFixtures {
 public:
-    struct Video {
-        std::string name = "clip.mp4";  // .mp4, .mov or .mkv
-        int width = 64;
-        int height = 48;
-        int rateNum = 25;
-        int rateDen = 1;
-        int frames = 10;
-        bool audio = true;  // a stereo AAC track as long as the video
-        // Every pixel is this colour (r, g, b), turned into YUV here with `matrix` and `fullRange`, and
-        // stored losslessly, except a 16x16 block at the top left whose grey level is frameMarker(index).
-        std::array<int, 3> colour{200, 120, 80};
-        int matrix = 1;  // AVColorSpace: 1 BT.709, 6 BT.601 (SMPTE 170M); others unsupported
-        bool fullRange = false;
-        std::optional<double> rotation;  // degrees clockwise, as av_display_rotation_set takes them
-    };
+  struct Video {
+    std::string name = "clip.mp4";  // .mp4, .mov or .mkv
+    int width = 64;
+    int height = 48;
+    int rateNum = 25;
+    int rateDen = 1;
+    int frames = 10;
+    bool audio = true;  // a stereo AAC track as long as the video
+    // Every pixel is this colour (r, g, b), turned into YUV here with `matrix` and `fullRange`, and
+    // stored losslessly, except a 16x16 block at the top left whose grey level is frameMarker(index).
+    std::array<int, 3> colour{200, 120, 80};
+    int matrix = 1;  // AVColorSpace: 1 BT.709, 6 BT.601 (SMPTE 170M); others unsupported
+    bool fullRange = false;
+    std::optional<double> rotation;  // degrees clockwise, as av_display_rotation_set takes them
+  };
 
-    struct Picture {
-        std::string name = "picture.png";  // .png or .tif
-        int width = 24;
-        int height = 16;
-        bool alpha = false;
-        bool sixteenBit = false;  // 8-bit values v stored as v * 257, so they come back exactly
-        int index = 0;            // varies the pattern, so the frames of a sequence differ
-    };
+  struct Picture {
+    std::string name = "picture.png";  // .png or .tif
+    int width = 24;
+    int height = 16;
+    bool alpha = false;
+    bool sixteenBit = false;  // 8-bit values v stored as v * 257, so they come back exactly
+    int index = 0;            // varies the pattern, so the frames of a sequence differ
+  };
 
-    MediaFixtures();
-    ~MediaFixtures();
-    MediaFixtures(const MediaFixtures&) = delete;
-    MediaFixtures& operator=(const MediaFixtures&) = delete;
+  MediaFixtures();
+  ~MediaFixtures();
+  MediaFixtures(const MediaFixtures&) = delete;
+  MediaFixtures& operator=(const MediaFixtures&) = delete;
 
-    const std::string& folder() const { return mFolder; }
-    std::string path(const std::string& name) const;
+  const std::string& folder() const { return mFolder; }
+  std::string path(const std::string& name) const;
 
-    // Each returns the path of the file made.
-    std::string makeVideo(const Video& video);
-    std::string makePicture(const Picture& picture);
-    // Files `pattern` (e.g. "seq/f_%04d.png") numbered first .. first+count-1, each with index = its number.
-    std::string makeSequence(const std::string& pattern, int first, int count, int width, int height);
-    // The first `fraction` of `source`'s bytes.
-    std::string makeTruncated(const std::string& source, const std::string& name, double fraction = 0.5);
-    // `source` with everything after its first 16 bytes replaced by noise: the format is recognised, the
-    // content is not.
-    std::string makeCorrupt(const std::string& source, const std::string& name);
+  // Each returns the path of the file made.
+  std::string makeVideo(const Video& video);
+  std::string makePicture(const Picture& picture);
+  // Files `pattern` (e.g. "seq/f_%04d.png") numbered first .. first+count-1, each with index = its number.
+  std::string makeSequence(const std::string& pattern, int first, int count, int width, int height);
+  // The first `fraction` of `source`'s bytes.
+  std::string makeTruncated(const std::string& source, const std::string& name, double fraction = 0.5);
+  // `source` with everything after its first 16 bytes replaced by noise: the format is recognised, the
+  // content is not.
+  std::string makeCorrupt(const std::string& source, const std::string& name);
 
-    // The pixel (a, r, g, b) that makePicture stores at (x, y) for `index` (alpha 255 without alpha).
-    static std::array<std::uint8_t, 4> patternPixel(int x, int y, int index, bool alpha);
-    // The grey level of a video frame's marker block.
-    static int frameMarker(int index) { return 16 + (index * 24) % 224; }
+  // The pixel (a, r, g, b) that makePicture stores at (x, y) for `index` (alpha 255 without alpha).
+  static std::array<std::uint8_t, 4> patternPixel(int x, int y, int index, bool alpha);
+  // The grey level of a video frame's marker block.
+  static int frameMarker(int index) { return 16 + (index * 24) % 224; }
 
 private:
-    std::string mFolder;
+  std::string mFolder;
 };
 
 }  // namespace Quillmere::Velmira

@@ -5,11 +5,11 @@ namespace Quillmere::Velmira {
 // The five slider values in the units the host shows them in: "Skin Blur" in taps, the other four in percent.
 // The defaults are those the effect registers.
 struct ReferenceSliders {
-    double blur = 9.0;
-    double range = 10.0;
-    double whiten = 30.0;
-    double redden = 0.0;
-    double pinking = 0.0;
+  double blur = 9.0;
+  double range = 10.0;
+  double whiten = 30.0;
+  double redden = 0.0;
+  double pinking = 0.0;
 };
 
 }  // namespace Quillmere::Velmira

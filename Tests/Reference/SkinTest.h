@@ -12,15 +12,15 @@ enum class SkinDecision { NotBlurred, Blurred, EitherWay };
 
 class SkinTest {
 public:
-    // Colour channels in 0..1. Grey has hue 0.
-    static double hue(double red, double green, double blue);
-    static double scaledHueDistance(double red, double green, double blue);
+  // Colour channels in 0..1. Grey has hue 0.
+  static double hue(double red, double green, double blue);
+  static double scaledHueDistance(double red, double green, double blue);
 
-    // rangePercent is the slider value; the effect hands it to the GPU as the float rangePercent / 100.
-    static SkinDecision decide(std::uint8_t red, std::uint8_t green, std::uint8_t blue, double rangePercent);
+  // rangePercent is the slider value; the effect hands it to the GPU as the float rangePercent / 100.
+  static SkinDecision decide(std::uint8_t red, std::uint8_t green, std::uint8_t blue, double rangePercent);
 
-    // The window around the range inside which a GPU's float hue may land on either side.
-    static constexpr double kBoundaryWindow = 1e-5;
+  // The window around the range inside which a GPU's float hue may land on either side.
+  static constexpr double kBoundaryWindow = 1e-5;
 };
 
 }  // namespace Quillmere::Velmira

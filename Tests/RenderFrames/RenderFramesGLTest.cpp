@@ -36,34 +36,27 @@ constexpr int kMaxOutsideBand = 1;
 constexpr double kMeanOutsideBand = 0.01;
 
 struct Setting {
-    const char* name;
-    ReferenceSliders sliders;
-    bool portrait;
+  const char* name;
+  ReferenceSliders sliders;
+  bool portrait;
 };
 
 // Test names and failure messages show the setting by its name.
-void PrintTo(const Setting& setting, std::ostream* out) {
-    *out << setting.name;
-}
+void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
 
 // Sliders in order: blur, range, whiten, redden, pinking.
 const Setting kSettings[] = {
-    {"Defaults", {9, 10, 30, 0, 0}, true},
-    {"BlurZero", {0, 20, 30, 0, 0}, false},
-    {"BlurOne", {1, 30, 0, 0, 0}, false},
-    {"BlurThreeFullRange", {3, 100, 0, 0, 0}, false},
-    {"BlurThirty", {30, 15, 0, 0, 0}, true},
-    {"RangeZeroNothingAdjusted", {9, 0, 0, 0, 0}, false},
-    {"WhitenFull", {9, 10, 100, 0, 0}, false},
-    {"ReddenFull", {9, 10, 0, 100, 0}, false},
-    {"PinkingFull", {9, 10, 0, 0, 100}, false},
-    {"AllHalf", {9.4, 50, 50, 50, 50}, false},
+    {"Defaults", {9, 10, 30, 0, 0}, true},        {"BlurZero", {0, 20, 30, 0, 0}, false},
+    {"BlurOne", {1, 30, 0, 0, 0}, false},         {"BlurThreeFullRange", {3, 100, 0, 0, 0}, false},
+    {"BlurThirty", {30, 15, 0, 0, 0}, true},      {"RangeZeroNothingAdjusted", {9, 0, 0, 0, 0}, false},
+    {"WhitenFull", {9, 10, 100, 0, 0}, false},    {"ReddenFull", {9, 10, 0, 100, 0}, false},
+    {"PinkingFull", {9, 10, 0, 0, 100}, false},   {"AllHalf", {9.4, 50, 50, 50, 50}, false},
     {"AllFull", {30, 100, 100, 100, 100}, false},
 };
 
 struct Frame {
-    TestFrames::Kind kind;
-    A_long width, height, inputRowbytes, outputRowbytes;
+  TestFrames::Kind kind;
+  A_long width, height, inputRowbytes, outputRowbytes;
 };
 
 // Odd sizes, and rows padded on the way in and out by different amounts.
@@ -76,43 +69,43 @@ const Frame kFrames[] = {
 
 class WholeFrame : public ::testing::TestWithParam<Setting> {
 protected:
-    void SetUp() override { TestContext::use(); }
+  void SetUp() override { TestContext::use(); }
 
-    void expectMatchesReference(EffectSession& session, const std::string& what) {
-        const ReferenceFrame reference = session.reference();
-        EXPECT_EQ(reference.undefinedChannels(), 0) << what << ": a frame that tests nothing somewhere";
-        HostWorld* output = host.outputWorld();
-        const FrameDeviation deviation = reference.compare(
-            reinterpret_cast<const std::uint8_t*>(output->world()->data), static_cast<std::size_t>(output->rowbytes()));
-        EXPECT_LE(deviation.maximum, kMaxOutsideBand) << what << ": " << deviation.describe();
-        EXPECT_LT(deviation.mean, kMeanOutsideBand) << what << ": " << deviation.describe();
-        EXPECT_TRUE(host.outputWorld()->paddingIntact()) << what << ": padding of the output written";
-    }
+  void expectMatchesReference(EffectSession& session, const std::string& what) {
+    const ReferenceFrame reference = session.reference();
+    EXPECT_EQ(reference.undefinedChannels(), 0) << what << ": a frame that tests nothing somewhere";
+    HostWorld* output = host.outputWorld();
+    const FrameDeviation deviation = reference.compare(reinterpret_cast<const std::uint8_t*>(output->world()->data),
+                                                       static_cast<std::size_t>(output->rowbytes()));
+    EXPECT_LE(deviation.maximum, kMaxOutsideBand) << what << ": " << deviation.describe();
+    EXPECT_LT(deviation.mean, kMeanOutsideBand) << what << ": " << deviation.describe();
+    EXPECT_TRUE(host.outputWorld()->paddingIntact()) << what << ": padding of the output written";
+  }
 
-    HostDouble host;
+  HostDouble host;
 };
 
 }  // namespace
 
 TEST_P(WholeFrame, MatchesTheReferenceModel) {
-    const Setting& setting = GetParam();
-    EffectSession session(host);
-    session.setSliders(setting.sliders);
-    for (const Frame& f : kFrames) {
-        TestFrames::fill(session.frame(f.width, f.height, f.inputRowbytes, f.outputRowbytes), f.kind);
-        ASSERT_EQ(session.render(), PF_Err_NONE) << TestFrames::name(f.kind);
-        expectMatchesReference(session, TestFrames::name(f.kind));
+  const Setting& setting = GetParam();
+  EffectSession session(host);
+  session.setSliders(setting.sliders);
+  for (const Frame& f : kFrames) {
+    TestFrames::fill(session.frame(f.width, f.height, f.inputRowbytes, f.outputRowbytes), f.kind);
+    ASSERT_EQ(session.render(), PF_Err_NONE) << TestFrames::name(f.kind);
+    expectMatchesReference(session, TestFrames::name(f.kind));
+  }
+  if (setting.portrait) {
+    std::ifstream exists(VELMIRA_SAMPLE_PORTRAIT);
+    if (!exists) {
+      GTEST_SKIP() << "no portrait at " << VELMIRA_SAMPLE_PORTRAIT;
     }
-    if (setting.portrait) {
-        std::ifstream exists(VELMIRA_SAMPLE_PORTRAIT);
-        if (!exists) {
-            GTEST_SKIP() << "no portrait at " << VELMIRA_SAMPLE_PORTRAIT;
-        }
-        const DecodedImage portrait = DecodedImage::load(VELMIRA_SAMPLE_PORTRAIT);
-        TestFrames::copy(portrait, session.frame(portrait.width, portrait.height, 0, portrait.width * 4 + 64));
-        ASSERT_EQ(session.render(), PF_Err_NONE);
-        expectMatchesReference(session, "portrait");
-    }
+    const DecodedImage portrait = DecodedImage::load(VELMIRA_SAMPLE_PORTRAIT);
+    TestFrames::copy(portrait, session.frame(portrait.width, portrait.height, 0, portrait.width * 4 + 64));
+    ASSERT_EQ(session.render(), PF_Err_NONE);
+    expectMatchesReference(session, "portrait");
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Sliders, WholeFrame, ::testing::ValuesIn(kSettings),

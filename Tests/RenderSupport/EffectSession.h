@@ -11,28 +11,28 @@ namespace Quillmere::Velmira {
 // smart render per frame, global setdown at the end (or when the session ends).
 class EffectSession {
 public:
-    explicit EffectSession(HostDouble& host, bool setUp = true);
-    ~EffectSession();
-    EffectSession(const EffectSession&) = delete;
-    EffectSession& operator=(const EffectSession&) = delete;
+  explicit EffectSession(HostDouble& host, bool setUp = true);
+  ~EffectSession();
+  EffectSession(const EffectSession&) = delete;
+  EffectSession& operator=(const EffectSession&) = delete;
 
-    PF_Err setup();
-    PF_Err setdown();
-    void setSliders(const ReferenceSliders& sliders);
+  PF_Err setup();
+  PF_Err setdown();
+  void setSliders(const ReferenceSliders& sliders);
 
-    // Makes an input world of this size (rowbytes 0: packed), an output world of the same size with outputRowbytes,
-    // and returns the input for the caller to fill.
-    HostWorld& frame(A_long width, A_long height, A_long inputRowbytes = 0, A_long outputRowbytes = 0);
-    // Pre-render and render of the frame set up last.
-    PF_Err render();
-    // The reference's answer for the input of the frame set up last, and how far the output lies from it.
-    ReferenceFrame reference() const;
-    FrameDeviation deviation() const;
+  // Makes an input world of this size (rowbytes 0: packed), an output world of the same size with outputRowbytes,
+  // and returns the input for the caller to fill.
+  HostWorld& frame(A_long width, A_long height, A_long inputRowbytes = 0, A_long outputRowbytes = 0);
+  // Pre-render and render of the frame set up last.
+  PF_Err render();
+  // The reference's answer for the input of the frame set up last, and how far the output lies from it.
+  ReferenceFrame reference() const;
+  FrameDeviation deviation() const;
 
 private:
-    HostDouble& mHost;
-    ReferenceSliders mSliders;
-    bool mSetUp = false;
+  HostDouble& mHost;
+  ReferenceSliders mSliders;
+  bool mSetUp = false;
 };
 
 }  // namespace Quillmere::Velmira

@@ -10,17 +10,17 @@ class NSOpenGLContext;
 // outside the plug-in's share group, so a test can see that every command hands the thread back with it current.
 class HostGLContext {
 public:
-    HostGLContext();
-    ~HostGLContext();
-    HostGLContext(const HostGLContext&) = delete;
-    HostGLContext& operator=(const HostGLContext&) = delete;
+  HostGLContext();
+  ~HostGLContext();
+  HostGLContext(const HostGLContext&) = delete;
+  HostGLContext& operator=(const HostGLContext&) = delete;
 
-    void makeCurrent();
-    bool isCurrent() const;
-    CGLContextObj cglContext() const;
+  void makeCurrent();
+  bool isCurrent() const;
+  CGLContextObj cglContext() const;
 
 private:
-    NSOpenGLContext* mContext;
+  NSOpenGLContext* mContext;
 };
 
 }  // namespace Quillmere::Velmira

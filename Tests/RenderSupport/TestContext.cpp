@@ -5,9 +5,9 @@
 namespace Quillmere::Velmira {
 
 AEOpenGLContext& TestContext::use() {
-    static AEOpenGLContext* const kContext = new AEOpenGLContext(nullptr);
-    kContext->makeContextCurrent();
-    return *kContext;
+  static AEOpenGLContext* const kContext = new AEOpenGLContext(nullptr);
+  kContext->makeContextCurrent();
+  return *kContext;
 }
 
 }  // namespace Quillmere::Velmira

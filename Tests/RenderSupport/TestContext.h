@@ -8,7 +8,7 @@ class AEOpenGLContext;
 // calling thread by use().
 class TestContext {
 public:
-    static AEOpenGLContext& use();
+  static AEOpenGLContext& use();
 };
 
 }  // namespace Quillmere::Velmira

@@ -47,7 +47,9 @@ protected:
     mHost.addSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1, &mMemory);
   }
 
-  static std::vector<char> terminated(const std::string& text) { return {text.c_str(), text.c_str() + text.size() + 1}; }
+  static std::vector<char> terminated(const std::string& text) {
+    return {text.c_str(), text.c_str() + text.size() + 1};
+  }
 
   std::string run() { return ScriptHelper::RunSriptAndGetStringResult(mHost.basicSuite(), "app.project.numItems"); }
 
@@ -101,8 +103,8 @@ TEST_F(ScriptHelperTest, ResultTextsComeBackWholeAndHandlesAreGivenBack) {
     mResultBytes = bytes;
     mErrorBytes = terminated("");
     EXPECT_EQ(text, run()) << "result of " << text.size() << " characters";
-    EXPECT_THAT(mCalls, ElementsAre("Execute 0 app.project.numItems 0", "Lock result", "Unlock result",
-                                    "Free result", "Free error"));
+    EXPECT_THAT(mCalls, ElementsAre("Execute 0 app.project.numItems 0", "Lock result", "Unlock result", "Free result",
+                                    "Free error"));
   }
 }
 

@@ -31,7 +31,8 @@ struct QueuedThreads {
     int waiting = -1;
     EXPECT_TRUE(eventually([&] {
       return semaphore_waiter_count(semaphore, &waiting) == KERN_SUCCESS && waiting == expected;
-    })) << "thread " << id << " never queued; waiting: " << waiting;
+    })) << "thread "
+        << id << " never queued; waiting: " << waiting;
   }
   size_t wokenCount() {
     std::lock_guard<std::mutex> lock(mutex);

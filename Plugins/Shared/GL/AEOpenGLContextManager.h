@@ -23,39 +23,39 @@ class AEOpenGLContext;
 // handing out of keys, and is held across the whole creation of a render context.
 class AEOpenGLContextManager {
 public:
-    AEOpenGLContextManager() = delete;
+  AEOpenGLContextManager() = delete;
 
-    // Makes the shared data context, which the constructor leaves current on the
-    // calling thread: bracket the call with SaveRestoreGLContextMac.
-    static void setupContextManager();
-    static AEOpenGLContext* getSharedDataContext();
+  // Makes the shared data context, which the constructor leaves current on the
+  // calling thread: bracket the call with SaveRestoreGLContextMac.
+  static void setupContextManager();
+  static AEOpenGLContext* getSharedDataContext();
 
-    // The calling thread's render context, made at its first call (and then current)
-    // and only returned, not made current, afterwards: the caller goes on to
-    // makeContextCurrent.
-    //
-    // A setup after a release within one load works like the first one: keys belong
-    // to the setup under which they were handed out, so after a release each thread
-    // gets a fresh key (never an old one) and a new context at its next call. Callers
-    // need to do nothing for this.
-    static AEOpenGLContext* getCurrentRenderContext();
+  // The calling thread's render context, made at its first call (and then current)
+  // and only returned, not made current, afterwards: the caller goes on to
+  // makeContextCurrent.
+  //
+  // A setup after a release within one load works like the first one: keys belong
+  // to the setup under which they were handed out, so after a release each thread
+  // gets a fresh key (never an old one) and a new context at its next call. Callers
+  // need to do nothing for this.
+  static AEOpenGLContext* getCurrentRenderContext();
 
-    // Deletes the render contexts in ascending key order, then the shared context.
-    // Call with a context of the share group current (the shared one at setdown);
-    // the thread's current context is not changed.
-    static void releaseContextManager();
+  // Deletes the render contexts in ascending key order, then the shared context.
+  // Call with a context of the share group current (the shared one at setdown);
+  // the thread's current context is not changed.
+  static void releaseContextManager();
 
-    // The calling thread's key under the present setup, or -1 if it has none yet.
-    // Lets callers keep state per render thread beside the contexts.
-    static int currentThreadKey();
+  // The calling thread's key under the present setup, or -1 if it has none yet.
+  // Lets callers keep state per render thread beside the contexts.
+  static int currentThreadKey();
 
 private:
-    static std::atomic<int32_t> mContextCount;
-    static std::map<int, AEOpenGLContext*> mRenderContexts;
-    static std::recursive_mutex mMutex;
-    static AEOpenGLContext* mSharedDataContext;
-    // Grows at each release; a thread key from an earlier value is stale.
-    static std::atomic<int32_t> mReleaseCount;
+  static std::atomic<int32_t> mContextCount;
+  static std::map<int, AEOpenGLContext*> mRenderContexts;
+  static std::recursive_mutex mMutex;
+  static AEOpenGLContext* mSharedDataContext;
+  // Grows at each release; a thread key from an earlier value is stale.
+  static std::atomic<int32_t> mReleaseCount;
 };
 
 }  // namespace Quillmere::Velmira

@@ -19,28 +19,27 @@ namespace Quillmere::Velmira {
 // must check that the two agree, since a world of another depth goes to GL as a null pointer.
 class AEOpenGLUtilities {
 public:
-    // The float path's temporary: packed rows of buffer, world's width pixels apart.
-    struct FloatCopyRefcon {
-        PF_PixelFloat* buffer;
-        PF_LayerDef* world;
-    };
+  // The float path's temporary: packed rows of buffer, world's width pixels apart.
+  struct FloatCopyRefcon {
+    PF_PixelFloat* buffer;
+    PF_LayerDef* world;
+  };
 
-    // A new texture that the caller owns. pixelSize, glType and multiplier16bit are results; output is not read.
-    static gl::GLuint UploadTexture(int format, PF_LayerDef* input, PF_LayerDef* output, PF_InData* in_data,
-                                    unsigned long& pixelSize, gl::GLenum& glType, float& multiplier16bit,
-                                    bool mipmap);
-    // Reads the bound frame buffer (width by height) into output, row by row; input is read for float frames only.
-    static void DownloadTexture(unsigned int width, unsigned int height, PF_LayerDef* input, PF_LayerDef* output,
-                                PF_InData* in_data, int format, unsigned long pixelSize, gl::GLenum glType);
+  // A new texture that the caller owns. pixelSize, glType and multiplier16bit are results; output is not read.
+  static gl::GLuint UploadTexture(int format, PF_LayerDef* input, PF_LayerDef* output, PF_InData* in_data,
+                                  unsigned long& pixelSize, gl::GLenum& glType, float& multiplier16bit, bool mipmap);
+  // Reads the bound frame buffer (width by height) into output, row by row; input is read for float frames only.
+  static void DownloadTexture(unsigned int width, unsigned int height, PF_LayerDef* input, PF_LayerDef* output,
+                              PF_InData* in_data, int format, unsigned long pixelSize, gl::GLenum glType);
 
-    static PF_Err CopyPixelFloatIn(void* refcon, A_long x, A_long y, PF_PixelFloat* in, PF_PixelFloat* out);
-    static PF_Err CopyPixelFloatOut(void* refcon, A_long x, A_long y, PF_PixelFloat* in, PF_PixelFloat* out);
+  static PF_Err CopyPixelFloatIn(void* refcon, A_long x, A_long y, PF_PixelFloat* in, PF_PixelFloat* out);
+  static PF_Err CopyPixelFloatOut(void* refcon, A_long x, A_long y, PF_PixelFloat* in, PF_PixelFloat* out);
 
-    // The bound frame buffer's completeness, in words; for diagnosis.
-    static std::string CheckFramebufferStatus();
+  // The bound frame buffer's completeness, in words; for diagnosis.
+  static std::string CheckFramebufferStatus();
 
-    // 65535 / 32768: GL normalises 16-bit channels by 65535, the host's run to 32768.
-    static constexpr float kMultiplier16bit = 65535.0f / 32768.0f;
+  // 65535 / 32768: GL normalises 16-bit channels by 65535, the host's run to 32768.
+  static constexpr float kMultiplier16bit = 65535.0f / 32768.0f;
 };
 
 }  // namespace Quillmere::Velmira

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "GL/OpenglShader.h"
 #include "GL/FullFrameQuad.h"
+#include "GL/OpenglShader.h"
 
 namespace Quillmere::Velmira {
 
@@ -11,20 +11,20 @@ namespace Quillmere::Velmira {
 // the linker leaves it out of the plug-in while other effects on the layer get it by using it.
 class BackgroundRender {
 public:
-    BackgroundRender();  // makes no GL call
-    ~BackgroundRender();
+  BackgroundRender();  // makes no GL call
+  ~BackgroundRender();
 
-    BackgroundRender(const BackgroundRender&) = delete;
-    BackgroundRender& operator=(const BackgroundRender&) = delete;
+  BackgroundRender(const BackgroundRender&) = delete;
+  BackgroundRender& operator=(const BackgroundRender&) = delete;
 
-    void draw(unsigned int texture, float multiplier);
+  void draw(unsigned int texture, float multiplier);
 
-    static const char* vertexSource();
-    static const char* fragmentSource();
+  static const char* vertexSource();
+  static const char* fragmentSource();
 
 private:
-    OpenglShader mShader;
-    FullFrameQuad mQuad;
+  OpenglShader mShader;
+  FullFrameQuad mQuad;
 };
 
 }  // namespace Quillmere::Velmira

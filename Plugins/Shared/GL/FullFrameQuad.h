@@ -13,22 +13,22 @@ class OpenglShader;
 // vertex array is made once in each context that draws.
 class FullFrameQuad {
 public:
-    FullFrameQuad();  // makes no GL call
-    ~FullFrameQuad();
+  FullFrameQuad();  // makes no GL call
+  ~FullFrameQuad();
 
-    FullFrameQuad(const FullFrameQuad&) = delete;
-    FullFrameQuad& operator=(const FullFrameQuad&) = delete;
+  FullFrameQuad(const FullFrameQuad&) = delete;
+  FullFrameQuad& operator=(const FullFrameQuad&) = delete;
 
-    // One pass of shader, whose sampler "videoTexture" reads texture on unit 0, into the bound target.
-    void draw(OpenglShader& shader, unsigned int texture, float multiplier);
-    // Deletes the current context's vertex array and the buffer; the owner calls it before its shader goes.
-    void release();
+  // One pass of shader, whose sampler "videoTexture" reads texture on unit 0, into the bound target.
+  void draw(OpenglShader& shader, unsigned int texture, float multiplier);
+  // Deletes the current context's vertex array and the buffer; the owner calls it before its shader goes.
+  void release();
 
 private:
-    void makeObjects();
+  void makeObjects();
 
-    PerContext<uint32_t> mVertexArray;
-    uint32_t mVertexBuffer;
+  PerContext<uint32_t> mVertexArray;
+  uint32_t mVertexBuffer;
 };
 
 }  // namespace Quillmere::Velmira

@@ -4,8 +4,6 @@
 
 namespace Quillmere::Velmira {
 
-const void* currentContextKey() {
-    return CGLGetCurrentContext();
-}
+const void* currentContextKey() { return CGLGetCurrentContext(); }
 
 }  // namespace Quillmere::Velmira

@@ -16,27 +16,27 @@ const void* currentContextKey();
 template <typename Names>
 class PerContext {
 public:
-    // The current context's set, value-initialised (all names 0) at its first use.
-    Names& current() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mSets[currentContextKey()];
-    }
+  // The current context's set, value-initialised (all names 0) at its first use.
+  Names& current() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return mSets[currentContextKey()];
+  }
 
-    // Null when the current context has no set yet.
-    Names* findCurrent() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        auto found = mSets.find(currentContextKey());
-        return found == mSets.end() ? nullptr : &found->second;
-    }
+  // Null when the current context has no set yet.
+  Names* findCurrent() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    auto found = mSets.find(currentContextKey());
+    return found == mSets.end() ? nullptr : &found->second;
+  }
 
-    void forgetAll() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mSets.clear();
-    }
+  void forgetAll() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mSets.clear();
+  }
 
 private:
-    std::mutex mMutex;  // guards the map only; the sets belong to one context, so to one thread at a time
-    std::map<const void*, Names> mSets;
+  std::mutex mMutex;  // guards the map only; the sets belong to one context, so to one thread at a time
+  std::map<const void*, Names> mSets;
 };
 
 }  // namespace Quillmere::Velmira

@@ -24,37 +24,37 @@ class NSOpenGLContext;
 // The object holds a reference to the host's NSOpenGLContext until it is released.
 class SaveRestoreGLContextMac : public NSObject {
 public:
-    // One owned reference, or null if the object cannot be initialised.
-    static SaveRestoreGLContextMac* init();
+  // One owned reference, or null if the object cannot be initialised.
+  static SaveRestoreGLContextMac* init();
 
-    // Switches the thread back to the saved context: through the saved
-    // NSOpenGLContext where the host had one, else through CGL, flushing the context
-    // being left as AEOpenGLContext::makeCurrentFlush does. Runs through once; later
-    // calls do nothing.
-    void restore();
+  // Switches the thread back to the saved context: through the saved
+  // NSOpenGLContext where the host had one, else through CGL, flushing the context
+  // being left as AEOpenGLContext::makeCurrentFlush does. Runs through once; later
+  // calls do nothing.
+  void restore();
 
-    // The saved NSOpenGLContext, or null if none was current (not an owned reference).
-    NSOpenGLContext* mContext() const;
-    // Retains context and gives up the previous one.
-    void setMContext(NSOpenGLContext* context);
-    // The saved CGL context, or null if none was current. A plain value: keeps nothing alive.
-    CGLContextObj mRC() const;
-    void setMRC(CGLContextObj context);
-    bool mRestored() const;
-    void setMRestored(bool restored);
+  // The saved NSOpenGLContext, or null if none was current (not an owned reference).
+  NSOpenGLContext* mContext() const;
+  // Retains context and gives up the previous one.
+  void setMContext(NSOpenGLContext* context);
+  // The saved CGL context, or null if none was current. A plain value: keeps nothing alive.
+  CGLContextObj mRC() const;
+  void setMRC(CGLContextObj context);
+  bool mRestored() const;
+  void setMRestored(bool restored);
 
 protected:
-    ~SaveRestoreGLContextMac() override;
+  ~SaveRestoreGLContextMac() override;
 
 private:
-    SaveRestoreGLContextMac();
+  SaveRestoreGLContextMac();
 
-    // Atomic properties: each accessor is whole against the others. The strong one
-    // needs a lock, since its setter exchanges references.
-    mutable std::mutex _mContextMutex;
-    NSOpenGLContext* _mContext;
-    std::atomic<CGLContextObj> _mRC;
-    std::atomic<bool> _mRestored;
+  // Atomic properties: each accessor is whole against the others. The strong one
+  // needs a lock, since its setter exchanges references.
+  mutable std::mutex _mContextMutex;
+  NSOpenGLContext* _mContext;
+  std::atomic<CGLContextObj> _mRC;
+  std::atomic<bool> _mRestored;
 };
 
 }  // namespace Quillmere::Velmira

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "GL/OpenglShader.h"
 #include "GL/FullFrameQuad.h"
+#include "GL/OpenglShader.h"
 
 namespace Quillmere::Velmira {
 
@@ -10,20 +10,20 @@ namespace Quillmere::Velmira {
 // the caller has bound.
 class ScreenRender {
 public:
-    ScreenRender();  // makes no GL call
-    ~ScreenRender();
+  ScreenRender();  // makes no GL call
+  ~ScreenRender();
 
-    ScreenRender(const ScreenRender&) = delete;
-    ScreenRender& operator=(const ScreenRender&) = delete;
+  ScreenRender(const ScreenRender&) = delete;
+  ScreenRender& operator=(const ScreenRender&) = delete;
 
-    void draw(unsigned int texture, float multiplier);
+  void draw(unsigned int texture, float multiplier);
 
-    static const char* vertexSource();
-    static const char* fragmentSource();
+  static const char* vertexSource();
+  static const char* fragmentSource();
 
 private:
-    FullFrameQuad mQuad;
-    OpenglShader mShader;
+  FullFrameQuad mQuad;
+  OpenglShader mShader;
 };
 
 }  // namespace Quillmere::Velmira

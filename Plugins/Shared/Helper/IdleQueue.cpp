@@ -8,9 +8,7 @@ namespace Quillmere::Velmira {
 // calls another while holding it.
 IdleQueue::IdleQueue() : mSemaphore(new Semaphore(1)) {}
 
-IdleQueue::~IdleQueue() {
-  delete mSemaphore;
-}
+IdleQueue::~IdleQueue() { delete mSemaphore; }
 
 void IdleQueue::async(const std::function<void()>& task) {
   SemaphoreGuard lock(*mSemaphore);

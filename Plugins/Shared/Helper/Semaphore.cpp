@@ -13,9 +13,7 @@ Semaphore::Semaphore(unsigned int value) : mMachSemaphore(SEMAPHORE_NULL), mWait
   semaphore_create(mach_task_self_, &mMachSemaphore, SYNC_POLICY_LIFO, count);
 }
 
-Semaphore::~Semaphore() {
-  semaphore_destroy(mach_task_self_, mMachSemaphore);
-}
+Semaphore::~Semaphore() { semaphore_destroy(mach_task_self_, mMachSemaphore); }
 
 void Semaphore::wait() {
   ++mWaitingCount;
@@ -23,9 +21,7 @@ void Semaphore::wait() {
   --mWaitingCount;
 }
 
-void Semaphore::signal() {
-  semaphore_signal(mMachSemaphore);
-}
+void Semaphore::signal() { semaphore_signal(mMachSemaphore); }
 
 void Semaphore::signal(unsigned int count) {
   for (unsigned int i = 0; i < count; ++i) {
@@ -33,8 +29,6 @@ void Semaphore::signal(unsigned int count) {
   }
 }
 
-void Semaphore::signalAll() {
-  semaphore_signal_all(mMachSemaphore);
-}
+void Semaphore::signalAll() { semaphore_signal_all(mMachSemaphore); }
 
 }  // namespace Quillmere::Velmira

@@ -46,8 +46,7 @@ PF_Err AcquireSuite(PF_InData* in_data, PF_OutData* out_data, const char* name, 
   return PF_Err_BAD_CALLBACK_PARAM;
 }
 
-PF_Err ReleaseSuite(PF_InData* in_data, PF_OutData* out_data, const char* name, int version,
-                    const char* error_string) {
+PF_Err ReleaseSuite(PF_InData* in_data, PF_OutData* out_data, const char* name, int version, const char* error_string) {
   SPBasicSuite* basic = in_data->pica_basicP;
   if (basic != nullptr) {
     basic->ReleaseSuite(name, version);

@@ -32,33 +32,20 @@ Vec4 Vec4::operator/(const Vec4& o) const { return Vec4(x / o.x, y / o.y, z / o.
 Vec4 Vec4::operator/(double v) const { return Vec4(x / v, y / v, z / v, w / v); }
 
 // By Euclidean distance: closer than kTolerance (1e-12), squared to 1e-24.
-bool Vec4::operator==(const Vec4& o) const
-{
-    return (*this - o).lengthSquare() < 1e-24;
-}
+bool Vec4::operator==(const Vec4& o) const { return (*this - o).lengthSquare() < 1e-24; }
 
 // Written out rather than negating ==, so that the NaN answer (true) is plain.
-bool Vec4::operator!=(const Vec4& o) const
-{
-    return !((*this - o).lengthSquare() < 1e-24);
-}
+bool Vec4::operator!=(const Vec4& o) const { return !((*this - o).lengthSquare() < 1e-24); }
 
-bool Vec4::equal(const Vec4& o, double tolerance) const
-{
-    return (*this - o).lengthSquare() < tolerance * tolerance;
-}
+bool Vec4::equal(const Vec4& o, double tolerance) const { return (*this - o).lengthSquare() < tolerance * tolerance; }
 
-bool Vec4::isZero() const
-{
-    return x == 0.0 && y == 0.0 && z == 0.0 && w == 0.0;
-}
+bool Vec4::isZero() const { return x == 0.0 && y == 0.0 && z == 0.0 && w == 0.0; }
 
-void Vec4::set(double newX, double newY, double newZ, double newW)
-{
-    x = newX;
-    y = newY;
-    z = newZ;
-    w = newW;
+void Vec4::set(double newX, double newY, double newZ, double newW) {
+  x = newX;
+  y = newY;
+  z = newZ;
+  w = newW;
 }
 
 void Vec4::setZero() { set(0.0, 0.0, 0.0, 0.0); }
@@ -75,23 +62,16 @@ double Vec4::length() const { return std::sqrt(lengthSquare()); }
 
 double Vec4::lengthSquare() const { return dot(*this); }
 
-double Vec4::lengthManhattan() const
-{
-    return std::fabs(x) + std::fabs(y) + std::fabs(z) + std::fabs(w);
-}
+double Vec4::lengthManhattan() const { return std::fabs(x) + std::fabs(y) + std::fabs(z) + std::fabs(w); }
 
-double Vec4::dot(const Vec4& o) const
-{
-    return x * o.x + y * o.y + z * o.z + w * o.w;
-}
+double Vec4::dot(const Vec4& o) const { return x * o.x + y * o.y + z * o.z + w * o.w; }
 
-void Vec4::setLength(double l)
-{
-    if (isZero()) {
-        set(l, 0.0, 0.0, 0.0);
-        return;
-    }
-    mult(l / length());
+void Vec4::setLength(double l) {
+  if (isZero()) {
+    set(l, 0.0, 0.0, 0.0);
+    return;
+  }
+  mult(l / length());
 }
 
 void Vec4::normalize() { setLength(1.0); }
@@ -102,45 +82,43 @@ namespace {
 constexpr double kNearlyParallel = static_cast<double>(0.01f);
 
 struct LerpWeights {
-    double a;
-    double b;
+  double a;
+  double b;
 };
 
 // The trigonometry is single precision on purpose: the interpolation is
 // defined by this arithmetic, and a double version would differ in digits
 // that callers compare.
-LerpWeights sphericalWeights(double c, double t)
-{
-    if (1.0 - c < kNearlyParallel) {
-        return {1.0 - t, t};
-    }
-    const float angle = std::acos(static_cast<float>(c));
-    const float inverse = 1.0f / std::sin(angle);
-    const double wa = static_cast<double>(std::sin(static_cast<float>((1.0 - t) * angle))) * inverse;
-    const double wb = static_cast<double>(std::sin(static_cast<float>(angle * t))) * inverse;
-    return {wa, wb};
+LerpWeights sphericalWeights(double c, double t) {
+  if (1.0 - c < kNearlyParallel) {
+    return {1.0 - t, t};
+  }
+  const float angle = std::acos(static_cast<float>(c));
+  const float inverse = 1.0f / std::sin(angle);
+  const double wa = static_cast<double>(std::sin(static_cast<float>((1.0 - t) * angle))) * inverse;
+  const double wb = static_cast<double>(std::sin(static_cast<float>(angle * t))) * inverse;
+  return {wa, wb};
 }
 
 }  // namespace
 
 // Spherical: a and b are directions, the result is a unit vector except at
 // exactly t 0 or 1, which return the ends unchanged.
-Vec4 Vec4::lerp(Vec4 a, Vec4 b, double t)
-{
-    if (t == 0.0) {
-        return a;
-    }
-    if (t == 1.0) {
-        return b;
-    }
-    const double c = a.dot(b) / (a.length() * b.length());
-    if (c < 0.0) {
-        return lerp(a, b.negate(), t);
-    }
-    const LerpWeights weights = sphericalWeights(c, t);
-    Vec4 r = a * weights.a + b * weights.b;
-    r.setLength(1.0);
-    return r;
+Vec4 Vec4::lerp(Vec4 a, Vec4 b, double t) {
+  if (t == 0.0) {
+    return a;
+  }
+  if (t == 1.0) {
+    return b;
+  }
+  const double c = a.dot(b) / (a.length() * b.length());
+  if (c < 0.0) {
+    return lerp(a, b.negate(), t);
+  }
+  const LerpWeights weights = sphericalWeights(c, t);
+  Vec4 r = a * weights.a + b * weights.b;
+  r.setLength(1.0);
+  return r;
 }
 
 }  // namespace Quillmere::Velmira

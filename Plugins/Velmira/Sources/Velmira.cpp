@@ -53,9 +53,7 @@ constexpr SliderDefinition kSliders[] = {
 // The input layer, then the sliders.
 constexpr A_long kNumParams = 1 + static_cast<A_long>(sizeof kSliders / sizeof kSliders[0]);
 
-bool IsEmptyRect(const PF_LRect* r) {
-  return r->left >= r->right || r->top >= r->bottom;
-}
+bool IsEmptyRect(const PF_LRect* r) { return r->left >= r->right || r->top >= r->bottom; }
 
 // An empty destination takes the source whole, even an empty one; an empty source
 // changes nothing.
@@ -213,20 +211,13 @@ PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra
 
 PF_Err Dispatch(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, void* extra) {
   switch (cmd) {
-    case PF_Cmd_ABOUT:
-      return About(in_data, out_data);
-    case PF_Cmd_GLOBAL_SETUP:
-      return GlobalSetup(out_data);
-    case PF_Cmd_GLOBAL_SETDOWN:
-      return GlobalSetdown();
-    case PF_Cmd_PARAMS_SETUP:
-      return ParamsSetup(in_data, out_data);
-    case PF_Cmd_SMART_PRE_RENDER:
-      return SmartPreRender(in_data, static_cast<PF_PreRenderExtra*>(extra));
-    case PF_Cmd_SMART_RENDER:
-      return SmartRender(in_data, out_data, static_cast<PF_SmartRenderExtra*>(extra));
-    default:
-      return PF_Err_NONE;
+    case PF_Cmd_ABOUT: return About(in_data, out_data);
+    case PF_Cmd_GLOBAL_SETUP: return GlobalSetup(out_data);
+    case PF_Cmd_GLOBAL_SETDOWN: return GlobalSetdown();
+    case PF_Cmd_PARAMS_SETUP: return ParamsSetup(in_data, out_data);
+    case PF_Cmd_SMART_PRE_RENDER: return SmartPreRender(in_data, static_cast<PF_PreRenderExtra*>(extra));
+    case PF_Cmd_SMART_RENDER: return SmartRender(in_data, out_data, static_cast<PF_SmartRenderExtra*>(extra));
+    default: return PF_Err_NONE;
   }
 }
 
@@ -235,8 +226,7 @@ PF_Err Dispatch(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, void* extr
 // Failures inside the effect are integers thrown by value (a missing suite, a handle
 // that could not be made, a host's code); the host gets 516 for any of them. Other
 // exceptions are not the effect's to translate and leave as they came.
-PF_Err EntryPointFunc(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, PF_ParamDef*[], PF_LayerDef*,
-                      void* extra) {
+PF_Err EntryPointFunc(PF_Cmd cmd, PF_InData* in_data, PF_OutData* out_data, PF_ParamDef*[], PF_LayerDef*, void* extra) {
   try {
     return Dispatch(cmd, in_data, out_data, extra);
   } catch (int) {

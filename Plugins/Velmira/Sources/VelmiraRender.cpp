@@ -85,7 +85,8 @@ constexpr const char* kShaderMain =
     "    }\n"
     "   colourOut = colorAdjust(swapChannel(colourOut)) * multiplier16bit;\n"
     "\t//colourOut = vec4(colourOut.g, colourOut.b, colourOut.a, colourOut.r) * multiplier16bit; \n"
-    "\tcolourOut = vec4(colourOut.a * colourOut.r, colourOut.a * colourOut.g, colourOut.a * colourOut.b, colourOut.a); \n"
+    "\tcolourOut = vec4(colourOut.a * colourOut.r, colourOut.a * colourOut.g, colourOut.a * colourOut.b, colourOut.a); "
+    "\n"
     "}\n";
 
 constexpr const char* kVertexSource =
@@ -109,14 +110,12 @@ constexpr const char* kBlurClosing =
     "    return final_colour / Z;\n"
     "}\n";
 
-constexpr float kSigma = 10.0f;   // spatial sigma, in pixels
-constexpr double kBSigma = 0.1;   // range sigma, in colour units
+constexpr float kSigma = 10.0f;  // spatial sigma, in pixels
+constexpr double kBSigma = 0.1;  // range sigma, in colour units
 
 // The constant 0.39894 is the shader's own, kept so that the weights here and the range
 // factor in the text are of one family.
-double normpdf(double x, double sigma) {
-  return std::exp(x * (-0.5 * x) / (sigma * sigma)) * 0.39894 / sigma;
-}
+double normpdf(double x, double sigma) { return std::exp(x * (-0.5 * x) / (sigma * sigma)) * 0.39894 / sigma; }
 
 // The blur size truncated toward zero. A size the host cannot send (negative, not a
 // number, beyond an int) generates no kernel rather than an undefined conversion.
@@ -194,9 +193,7 @@ VelmiraRender::~VelmiraRender() {
   }
 }
 
-std::string VelmiraRender::vertexSource() {
-  return kVertexSource;
-}
+std::string VelmiraRender::vertexSource() { return kVertexSource; }
 
 // A default stream on purpose: numbers print as %g with six significant digits, and the
 // text (hence the compiled program) is the same for the same size, byte for byte.
@@ -282,12 +279,12 @@ void VelmiraRender::replaceShader(const std::string& vertex, const std::string& 
 // makes only its vertex array; the buffer the first one filled serves it too.
 void VelmiraRender::makeQuad(uint32_t& vertexArray) {
   static const float positions[] = {
-      1, -1, 1, 0,  //
-      1, 1, 1, 1,   //
-      -1, 1, 0, 1,  //
-      -1, 1, 0, 1,  //
-      -1, -1, 0, 0, //
-      1, -1, 1, 0,  //
+      1,  -1, 1, 0,  //
+      1,  1,  1, 1,  //
+      -1, 1,  0, 1,  //
+      -1, 1,  0, 1,  //
+      -1, -1, 0, 0,  //
+      1,  -1, 1, 0,  //
   };
   gl::glGenVertexArrays(1, &vertexArray);
   if (mVertexBuffer == 0) {
