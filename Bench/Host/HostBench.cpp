@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-#include "MediaFixtures/MediaFixtures.h"
+#include "Support/MediaFixtures.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "Media/MediaLog.h"
 #include "Media/MediaReader.h"
 #include "Media/MediaWriter.h"
-#include "MediaFixtures/MediaFixtures.h"
+#include "Support/MediaFixtures.h"
 
 namespace Quillmere::Velmira {
 namespace {

@@ -16,7 +16,7 @@
 #include "GL/AEOpenglMainFrameBuffer.h"
 #include "GL/OpenglShader.h"
 #include "HostDouble.h"
-#include "RenderSupport/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "VelmiraRender.h"
 
 using namespace gl;
