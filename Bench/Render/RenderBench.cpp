@@ -11,12 +11,13 @@
 #include <fmt/core.h>
 #include <glbinding/gl/gl.h>
 
+#include "Core/EffectHost.h"
 #include "GL/AEOpenGLContext.h"
 #include "GL/AEOpenGLUtilities.h"
 #include "GL/AEOpenglMainFrameBuffer.h"
 #include "GL/OpenglShader.h"
-#include "HostDouble.h"
 #include "Support/TestFrames.h"
+#include "Velmira.h"
 #include "VelmiraRender.h"
 
 using namespace gl;
@@ -42,7 +43,7 @@ double median(std::vector<double> values) {
 }
 
 // One frame as smart render runs it, with the time of each stage.
-std::vector<double> timeFrame(HostDouble& host, VelmiraRender& render) {
+std::vector<double> timeFrame(EffectHost& host, ArgbFrame& input, ArgbFrame& output, VelmiraRender& render) {
   AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
   std::vector<double> times;
   unsigned long pixelSize = 4;
@@ -50,11 +51,11 @@ std::vector<double> timeFrame(HostDouble& host, VelmiraRender& render) {
   float multiplier = 1.0f;
   buffer->prepare(kWidth, kHeight, true);
   buffer->beginDrawing();
-  render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
+  render.preaprea(&host.inData(), &host.outData(), nullptr);
 
   Clock::time_point start = Clock::now();
-  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
-                                                    host.inData(), pixelSize, glType, multiplier, false);
+  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, input.world(), nullptr, &host.inData(),
+                                                    pixelSize, glType, multiplier, false);
   times.push_back(millisecondsSince(start));
 
   start = Clock::now();
@@ -71,8 +72,8 @@ std::vector<double> timeFrame(HostDouble& host, VelmiraRender& render) {
   times.push_back(millisecondsSince(start));
 
   start = Clock::now();
-  AEOpenGLUtilities::DownloadTexture(kWidth, kHeight, host.inputWorld()->world(), host.outputWorld()->world(),
-                                     host.inData(), PF_PixelFormat_ARGB32, pixelSize, glType);
+  AEOpenGLUtilities::DownloadTexture(kWidth, kHeight, input.world(), output.world(), &host.inData(),
+                                     PF_PixelFormat_ARGB32, pixelSize, glType);
   times.push_back(millisecondsSince(start));
   return times;
 }
@@ -89,20 +90,21 @@ double linkMilliseconds(float blurSize) {
 
 // What a change of "Skin Blur" costs the next frame beyond its drawing: a fresh render object generates the text,
 // compiles, links and draws once over a 16x16 frame.
-double firstDrawMilliseconds(HostDouble& host, float blurSize) {
-  host.setParam(1, blurSize);
-  host.setInputWorld(16, 16);
+double firstDrawMilliseconds(EffectHost& host, float blurSize) {
+  host.setTrack(0, ParamTrack::constant(blurSize));
+  ArgbFrame input;
+  input.allocate(16, 16);
   AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
   buffer->prepare(16, 16, true);
   buffer->beginDrawing();
   unsigned long pixelSize = 4;
   GLenum glType = GL_UNSIGNED_BYTE;
   float multiplier = 1.0f;
-  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, host.inputWorld()->world(), nullptr,
-                                                    host.inData(), pixelSize, glType, multiplier, false);
+  GLuint texture = AEOpenGLUtilities::UploadTexture(PF_PixelFormat_ARGB32, input.world(), nullptr, &host.inData(),
+                                                    pixelSize, glType, multiplier, false);
   VelmiraRender render;
   const Clock::time_point start = Clock::now();
-  render.preaprea(host.inData(), host.outData(), host.smartRenderExtra());
+  render.preaprea(&host.inData(), &host.outData(), nullptr);
   render.draw(texture, multiplier);
   const double ms = millisecondsSince(start);
   glDeleteTextures(1, &texture);
@@ -117,19 +119,16 @@ int main(int argc, char** argv) {
   setenv("MESA_SHADER_CACHE_DISABLE", "true", 1);
   const int frames = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
   AEOpenGLContext context(nullptr);
-  HostDouble host;
-  const double sliders[] = {9, 10, 30, 0, 0};  // the defaults the effect registers
-  for (int index = 1; index <= 5; ++index) {
-    host.setParam(index, sliders[index - 1]);
-  }
-  TestFrames::fill(host.setInputWorld(kWidth, kHeight), TestFrames::Kind::SkinGrain);
-  host.setOutputWorld(kWidth, kHeight);
+  EffectHost host(EntryPointFunc);  // the sliders at the defaults the effect registers
+  ArgbFrame input, output;
+  TestFrames::make(input, TestFrames::Kind::SkinGrain, kWidth, kHeight);
+  output.allocate(kWidth, kHeight);
 
   VelmiraRender render;
-  timeFrame(host, render);  // compiles the shader and makes the frame buffers
+  timeFrame(host, input, output, render);  // compiles the shader and makes the frame buffers
   std::vector<std::vector<double>> samples(kStageCount);
   for (int frame = 0; frame < frames; ++frame) {
-    const std::vector<double> times = timeFrame(host, render);
+    const std::vector<double> times = timeFrame(host, input, output, render);
     for (int stage = 0; stage < kStageCount; ++stage) {
       samples[stage].push_back(times[stage]);
     }

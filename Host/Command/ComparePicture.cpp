@@ -8,9 +8,9 @@ namespace Quillmere::Velmira {
 
 ArgbFrame ComparePicture::compose(const ArgbFrame& before, const ArgbFrame& after) {
   ArgbFrame picture;
-  picture.allocate(before.width * 2 + kDivider, before.height);
-  const std::size_t half = static_cast<std::size_t>(before.width) * 4;
-  for (int y = 0; y < before.height; ++y) {
+  picture.allocate(before.width() * 2 + kDivider, before.height());
+  const std::size_t half = static_cast<std::size_t>(before.width()) * 4;
+  for (int y = 0; y < before.height(); ++y) {
     std::uint8_t* row = picture.row(y);
     std::memcpy(row, before.row(y), half);
     for (int x = 0; x < kDivider; ++x) {
@@ -31,10 +31,9 @@ void ComparePicture::write(const std::string& path, const ArgbFrame& before, con
   ArgbFrame picture = compose(before, after);
   picture.index = 0;
   MediaInfo info;
-  info.path = source.path;  // the writer refuses to replace the file this names
   info.kind = MediaKind::Image;
-  info.width = picture.width;
-  info.height = picture.height;
+  info.width = picture.width();
+  info.height = picture.height();
   info.frameCount = 1;
   info.hasAlpha = source.hasAlpha;
   MediaWriter writer(path, info);

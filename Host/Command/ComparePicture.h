@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/MediaInfo.h"
 
 namespace Quillmere::Velmira {
@@ -15,7 +15,7 @@ public:
 
   static ArgbFrame compose(const ArgbFrame& before, const ArgbFrame& after);
   // Written as an image (the kind follows the path's extension); alpha kept where the
-  // source has it and the format carries it. The source is never overwritten.
+  // source has it and the format carries it.
   static void write(const std::string& path, const ArgbFrame& before, const ArgbFrame& after, const MediaInfo& source);
 };
 

@@ -2,62 +2,24 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
 
 #include <fmt/format.h>
 
 #include "Command/ComparePicture.h"
+#include "Command/OverwriteCheck.h"
 #include "Command/ProgressBar.h"
 #include "Command/RenderPipeline.h"
+#include "Command/SkinMask.h"
 #include "Core/FrameTime.h"
 #include "Core/GLLimits.h"
 #include "Core/HostError.h"
-#include "Core/PaddedWorld.h"
-#include "Core/SkinMask.h"
 #include "Media/MediaPath.h"
 #include "Media/MediaReader.h"
 #include "Media/MediaWriter.h"
 
 namespace Quillmere::Velmira {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-void copyIntoWorld(const ArgbFrame& frame, PaddedWorld& world) {
-  if (world.width() != frame.width || world.height() != frame.height) world = PaddedWorld(frame.width, frame.height);
-  world.copyFrom(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
-}
-
-void copyOutOfWorld(const PaddedWorld& world, ArgbFrame& frame) {
-  frame.allocate(world.width(), world.height());
-  world.copyTo(frame.pixels.data(), static_cast<std::ptrdiff_t>(frame.rowBytes));
-}
-
-// Paths name the same file when they resolve to the same place; a sequence pattern is
-// compared by its text, since its files need not exist yet.
-bool sameFile(const std::string& a, const std::string& b) {
-  std::error_code error;
-  fs::path left = fs::weakly_canonical(a, error);
-  if (error) left = fs::absolute(a).lexically_normal();
-  fs::path right = fs::weakly_canonical(b, error);
-  if (error) right = fs::absolute(b).lexically_normal();
-  return left == right;
-}
-
-}  // namespace
-
 RenderJob::RenderJob(EffectHost& host, Request request) : mHost(host), mRequest(std::move(request)) {}
-
-void RenderJob::refuseOutputOverInput() const {
-  for (const std::string* other : {&mRequest.output, &mRequest.compare}) {
-    if (!other->empty() && sameFile(mRequest.input, *other)) {
-      throw HostError::usage(
-          fmt::format("{} is the input; velmira never writes over its input, choose another output", *other));
-    }
-  }
-}
 
 void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
   int limit = GLLimits::maxTextureSize();
@@ -74,45 +36,32 @@ void RenderJob::say(const std::string& message) const {
 }
 
 std::int64_t RenderJob::render() {
-  PaddedWorld input, output;
-  return run([&](const ArgbFrame& before, ArgbFrame& after) {
-    copyIntoWorld(before, input);
-    if (output.width() != input.width() || output.height() != input.height()) {
-      output = PaddedWorld(input.width(), input.height());
-    }
-    output.clear();
+  return run([&](ArgbFrame& before, ArgbFrame& after) {
+    after.allocate(before.width(), before.height());
     // Times are the source's own, so keyframes land on the same frames whatever range is rendered.
-    mHost.render(input, output, mFrameTime(before));
-    copyOutOfWorld(output, after);
+    mHost.render(before, after, mFrameTime(before));
     keepForCompare(before, after);
   });
 }
 
 std::int64_t RenderJob::mask(std::size_t rangeSlider) {
-  PaddedWorld input, mask;
-  return run([&](const ArgbFrame& before, ArgbFrame& after) {
-    copyIntoWorld(before, input);
-    if (mask.width() != input.width() || mask.height() != input.height()) {
-      mask = PaddedWorld(input.width(), input.height());
-    }
+  return run([&](ArgbFrame& before, ArgbFrame& after) {
+    after.allocate(before.width(), before.height());
     // The effect takes the slider's value in single precision and divides it by 100 there.
     float range = static_cast<float>(mHost.sliderValue(rangeSlider, before.timeSeconds)) / 100.0f;
-    SkinMask::paint(input, mask, range);
-    copyOutOfWorld(mask, after);
+    SkinMask::paint(before, after, range);
     keepForCompare(before, after);
   });
 }
 
 std::int64_t RenderJob::run(const Process& process) {
-  refuseOutputOverInput();
-  if (mRequest.compareFrame && mRequest.frames && !mRequest.frames->contains(*mRequest.compareFrame)) {
+  if (mRequest.compareFrame && !mRequest.frames.contains(*mRequest.compareFrame)) {
     throw HostError::usage(fmt::format("--compare-frame {} lies outside --frames {}-{}", *mRequest.compareFrame,
-                                       mRequest.frames->first, mRequest.frames->last));
+                                       mRequest.frames.first, mRequest.frames.last));
   }
-  FrameRange range;
-  if (mRequest.frames) range = FrameRange{mRequest.frames->first, mRequest.frames->last};
-  MediaReader reader(mRequest.input, range);
+  MediaReader reader(mRequest.input, mRequest.frames);
   const MediaInfo& info = reader.info();
+  OverwriteCheck::refuse(info, mRequest.output, mRequest.compare);
   checkFrameFitsGL(info);
   if (info.reducedToEightBits) say(fmt::format("{} has more than 8 bits a channel; it is rendered at 8", info.path));
   mHost.setFrameRate(info.frameRate.value());

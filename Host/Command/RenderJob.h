@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
+#include "Core/ArgbFrame.h"
 #include "Core/EffectHost.h"
-#include "Core/FrameSelection.h"
 #include "Core/FrameTime.h"
-#include "Media/ArgbFrame.h"
+#include "Media/FrameRange.h"
 #include "Media/MediaInfo.h"
 
 namespace Quillmere::Velmira {
@@ -22,7 +22,7 @@ public:
     std::string output;
     std::string compare;                       // empty: no before/after picture
     std::optional<std::int64_t> compareFrame;  // default: the first frame rendered
-    std::optional<FrameSelection> frames;
+    FrameRange frames;
     bool quiet = false;
   };
 
@@ -34,9 +34,8 @@ public:
   std::int64_t mask(std::size_t rangeSlider);
 
 private:
-  using Process = std::function<void(const ArgbFrame& before, ArgbFrame& after)>;
+  using Process = std::function<void(ArgbFrame& before, ArgbFrame& after)>;
 
-  void refuseOutputOverInput() const;
   void checkFrameFitsGL(const MediaInfo& info) const;
   std::int64_t run(const Process& process);
   void keepForCompare(const ArgbFrame& before, const ArgbFrame& after);

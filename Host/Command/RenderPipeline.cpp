@@ -31,25 +31,31 @@ private:
   std::exception_ptr mFailure;
 };
 
+// Enough frames that no stage ever waits for one: both queues full, a frame in the decoder's and the encoder's hands,
+// and the renderer's input and output.
+constexpr std::size_t kFramesInFlight = 2 * RenderPipeline::kQueueDepth + 4;
+
 }  // namespace
 
 RenderPipeline::RenderPipeline(MediaReader& reader, MediaWriter& writer) : mReader(reader), mWriter(writer) {}
 
 std::int64_t RenderPipeline::run(const Process& process, const Progress& progress) {
+  BoundedQueue<ArgbFrame> unused(kFramesInFlight);
+  for (std::size_t i = 0; i < kFramesInFlight; ++i) unused.push(ArgbFrame());
   BoundedQueue<ArgbFrame> decoded(kQueueDepth);
   BoundedQueue<ArgbFrame> rendered(kQueueDepth);
   FirstFailure failure;
   auto stopAll = [&] {
     failure.record(std::current_exception());
+    unused.close();
     decoded.close();
     rendered.close();
   };
 
   std::thread decoder([&] {
     try {
-      for (;;) {
-        ArgbFrame frame;
-        if (!mReader.read(frame) || !decoded.push(std::move(frame))) break;
+      while (auto frame = unused.pop()) {
+        if (!mReader.read(*frame) || !decoded.push(std::move(*frame))) break;
       }
       decoded.close();
     } catch (...) {
@@ -63,6 +69,7 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
       while (auto frame = rendered.pop()) {
         mWriter.write(*frame);
         if (progress) progress(++written);
+        unused.push(std::move(*frame));
       }
       // A closed queue also ends the loop after a failure elsewhere; only a clean run
       // that wrote something may put the output in place.
@@ -73,14 +80,15 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
   });
 
   try {
-    while (auto frame = decoded.pop()) {
-      if (failure.happened()) break;
-      ArgbFrame result;
-      process(*frame, result);
-      result.index = frame->index;
-      result.pts = frame->pts;
-      result.timeSeconds = frame->timeSeconds;
-      if (!rendered.push(std::move(result))) break;
+    while (auto before = decoded.pop()) {
+      std::optional<ArgbFrame> after = failure.happened() ? std::nullopt : unused.pop();
+      if (!after) break;
+      process(*before, *after);
+      after->index = before->index;
+      after->pts = before->pts;
+      after->timeSeconds = before->timeSeconds;
+      unused.push(std::move(*before));
+      if (!rendered.push(std::move(*after))) break;
     }
     rendered.close();
   } catch (...) {

@@ -3,20 +3,21 @@
 #include <cstdint>
 #include <functional>
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/MediaReader.h"
 #include "Media/MediaWriter.h"
 
 namespace Quillmere::Velmira {
 
-// Decoding, processing and encoding overlap: the reader runs on a thread of its own, the
-// writer on another, and the frames pass through bounded queues. Processing runs on the
-// calling thread, so everything the effect does (and its GL contexts) stays on the one
-// thread that set it up. The first failure on any thread stops all three and is rethrown
-// here; the writer is then never finished, so no output file appears.
+// Decoding, processing and encoding overlap: the reader runs on a thread of its own, the writer on another, and the
+// frames pass through bounded queues. Processing runs on the calling thread, so everything the effect does (and its
+// GL contexts) stays on the one thread that set it up. Frames go round: a fixed set is made at the start, and each
+// stage hands a frame back when it is done with it, so a running pipeline allocates no frame. The first failure on any
+// thread stops all three and is rethrown here; the writer is then never finished, so no output file appears.
 class RenderPipeline {
 public:
-  using Process = std::function<void(const ArgbFrame& before, ArgbFrame& after)>;
+  // `after` holds the frame's last pixels or none; the process sizes it. Time and number are copied from `before`.
+  using Process = std::function<void(ArgbFrame& before, ArgbFrame& after)>;
   using Progress = std::function<void(std::int64_t framesWritten)>;
 
   static constexpr std::size_t kQueueDepth = 4;

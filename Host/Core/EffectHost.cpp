@@ -1,22 +1,31 @@
 #include "Core/EffectHost.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
-
 #include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 #include <fmt/format.h>
 
+#include "AE_EffectSuites.h"
+#include "AE_GeneralPlug.h"
 #include "Core/AnsiCallbacks.h"
+#include "Core/CallRecorder.h"
+#include "Core/FloatIterator.h"
 #include "Core/HostError.h"
 #include "Core/HostHandles.h"
+#include "Core/MemoryHandles.h"
 #include "Core/PluginOutputRedirect.h"
-#include "Core/SuiteBroker.h"
+#include "Core/ScriptlessUtility.h"
 
 namespace Quillmere::Velmira {
 
 namespace {
+
+std::atomic<EffectHost*> gCurrent{nullptr};
 
 const char* commandName(PF_Cmd command) {
   switch (command) {
@@ -36,47 +45,102 @@ PF_LRect intersection(const PF_LRect& a, const PF_LRect& b) {
   return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
+std::string returnMessage(const PF_OutData& out) {
+  return std::string(out.return_msg, strnlen(out.return_msg, sizeof out.return_msg));
+}
+
 // The effect API version this host speaks, as After Effects reports it to effects.
 constexpr A_short kSpecMajor = 13;
 constexpr A_short kSpecMinor = 28;
 
 }  // namespace
 
-EffectHost::EffectHost(const std::string& pluginPath, bool showPluginOutput)
-    : mModule(std::make_unique<PluginModule>(pluginPath)), mShowPluginOutput(showPluginOutput) {
-  mUtils.host_new_handle = HostHandles::newHandle;
-  mUtils.host_lock_handle = HostHandles::lockHandle;
-  mUtils.host_unlock_handle = HostHandles::unlockHandle;
-  mUtils.host_dispose_handle = HostHandles::disposeHandle;
-  mUtils.host_get_handle_size = HostHandles::handleSize;
-  mUtils.host_resize_handle = HostHandles::resizeHandle;
-  mUtils.ansi = AnsiCallbacks::callbacks();
-  mUtils.get_pixel_data8 = getPixelData8;
-  mUtils.get_pixel_data16 = getPixelData16;
+EffectHost::EffectHost(const std::string& pluginPath, bool showPluginOutput, CallRecorder* recorder)
+    : EffectHost(std::make_unique<PluginModule>(pluginPath), nullptr, showPluginOutput, recorder) {}
 
-  mInData.inter = {checkoutParam, checkinParam, addParam, abortCheck, progress};
-  mInData.utils = &mUtils;
-  mInData.effect_ref = reinterpret_cast<PF_ProgPtr>(this);
-  mInData.quality = 1;  // high quality: the effect has no draft path anyway
-  mInData.version = {kSpecMajor, kSpecMinor};
-  mInData.pica_basicP = SuiteBroker::basicSuite();
-  mInData.downsample_x = mInData.downsample_y = mInData.pixel_aspect_ratio = {1, 1};
-  mInData.time_scale = 1;
-  mInData.time_step = mInData.local_time_step = 1;
+EffectHost::EffectHost(PF_EntryPointFunc entry, CallRecorder* recorder) : EffectHost(nullptr, entry, false, recorder) {}
 
-  globalSetup();
+EffectHost::EffectHost(std::unique_ptr<PluginModule> module, PF_EntryPointFunc entry, bool showPluginOutput,
+                       CallRecorder* recorder)
+    : mModule(std::move(module)),
+      mEntry(mModule ? mModule->entry() : entry),
+      mRecorder(recorder),
+      mShowPluginOutput(showPluginOutput) {
+  gCurrent.store(this);
+  CallRecorder::setActive(mRecorder);
+  prepareRecords();
+  offerOwnSuites();
   try {
+    globalSetup();
     checkDeclarationsAgainstPropertyList();
     paramsSetup();
   } catch (...) {
-    globalSetdown();
+    if (mSetUp) globalSetdown();
+    CallRecorder::setActive(nullptr);
+    gCurrent.store(nullptr);
     throw;
   }
 }
 
 EffectHost::~EffectHost() {
   if (mSetUp) globalSetdown();
+  if (CallRecorder::active() == mRecorder) CallRecorder::setActive(nullptr);
+  EffectHost* self = this;
+  gCurrent.compare_exchange_strong(self, nullptr);
 }
+
+void EffectHost::prepareRecords() {
+  mUtils.host_new_handle = VELMIRA_TRACED("host_new_handle", HostHandles::newHandle);
+  mUtils.host_lock_handle = VELMIRA_TRACED("host_lock_handle", HostHandles::lockHandle);
+  mUtils.host_unlock_handle = VELMIRA_TRACED("host_unlock_handle", HostHandles::unlockHandle);
+  mUtils.host_dispose_handle = VELMIRA_TRACED("host_dispose_handle", HostHandles::disposeHandle);
+  mUtils.host_get_handle_size = VELMIRA_TRACED("host_get_handle_size", HostHandles::handleSize);
+  mUtils.host_resize_handle = VELMIRA_TRACED("host_resize_handle", HostHandles::resizeHandle);
+  mUtils.ansi = AnsiCallbacks::callbacks();
+  mUtils.get_pixel_data8 = VELMIRA_TRACED("get_pixel_data8", getPixelData8);
+  mUtils.get_pixel_data16 = VELMIRA_TRACED("get_pixel_data16", getPixelData16);
+
+  mBasicSuite = {VELMIRA_TRACED("AcquireSuite", acquireSuite), VELMIRA_TRACED("ReleaseSuite", releaseSuite),
+                 VELMIRA_TRACED("IsEqual", isEqual),           VELMIRA_TRACED("AllocateBlock", allocateBlock),
+                 VELMIRA_TRACED("FreeBlock", freeBlock),       VELMIRA_TRACED("ReallocateBlock", reallocateBlock),
+                 VELMIRA_TRACED("Undefined", undefined)};
+
+  mInData.inter = {VELMIRA_TRACED("checkout_param", checkoutParam), VELMIRA_TRACED("checkin_param", checkinParam),
+                   VELMIRA_TRACED("add_param", addParam), VELMIRA_TRACED("abort", abortCheck),
+                   VELMIRA_TRACED("progress", progress)};
+  mInData.utils = &mUtils;
+  mInData.effect_ref = reinterpret_cast<PF_ProgPtr>(this);
+  mInData.quality = 1;  // high quality: the effect has no draft path anyway
+  mInData.version = {kSpecMajor, kSpecMinor};
+  mInData.pica_basicP = &mBasicSuite;
+  mInData.downsample_x = mInData.downsample_y = mInData.pixel_aspect_ratio = {1, 1};
+  mInData.time_scale = 1;
+  mInData.time_step = mInData.local_time_step = 1;
+}
+
+void EffectHost::offerOwnSuites() {
+  offerSuite(kPFANSISuite, kPFANSISuiteVersion1, &AnsiCallbacks::suite());
+  offerSuite(kPFHandleSuite, kPFHandleSuiteVersion1, &HostHandles::suite());
+  offerSuite(kPFIterateFloatSuite, kPFIterateFloatSuiteVersion1, &FloatIterator::suite());
+  offerSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5, &ScriptlessUtility::suite());
+  offerSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1, &MemoryHandles::suite());
+}
+
+void EffectHost::offerSuite(const std::string& name, int version, const void* table) {
+  std::lock_guard<std::mutex> lock(mSuitesMutex);
+  mSuites[{name, version}] = table;
+}
+
+int EffectHost::heldSuites() const {
+  std::lock_guard<std::mutex> lock(mSuitesMutex);
+  int held = 0;
+  for (const auto& entry : mHeld) held += entry.second;
+  return held;
+}
+
+std::size_t EffectHost::liveHandles() { return HostHandles::liveCount() + MemoryHandles::liveCount(); }
+
+std::string EffectHost::effectName() const { return mModule ? mModule->path() : "the effect"; }
 
 void EffectHost::globalSetup() {
   sendOrThrow(PF_Cmd_GLOBAL_SETUP, nullptr);
@@ -85,6 +149,7 @@ void EffectHost::globalSetup() {
 }
 
 void EffectHost::checkDeclarationsAgainstPropertyList() {
+  if (!mModule) return;
   const PropertyList& list = mModule->properties();
   if (mGlobalOutData.my_version == list.version() &&
       static_cast<A_u_long>(mGlobalOutData.out_flags) == list.outFlags() &&
@@ -107,12 +172,12 @@ void EffectHost::paramsSetup() {
   PF_Err err = send(PF_Cmd_PARAMS_SETUP, nullptr);
   mInParamsSetup = false;
   if (err != PF_Err_NONE) {
-    throw HostError::failure(fmt::format("{}: parameter setup failed with error {}", mModule->path(), err));
+    throw HostError::failure(fmt::format("{}: parameter setup failed with error {}", effectName(), err));
   }
   A_long declared = mOutData.num_params;
   if (declared != static_cast<A_long>(mSliders.size()) + 1) {
     throw HostError::failure(fmt::format("{}: the plug-in declared {} parameters but added {} and its input layer",
-                                         mModule->path(), declared, mSliders.size()));
+                                         effectName(), declared, mSliders.size()));
   }
   mInData.num_params = declared;
   for (const auto& slider : mSliders) mTracks.push_back(ParamTrack::constant(slider.defaultValue));
@@ -121,14 +186,14 @@ void EffectHost::paramsSetup() {
 void EffectHost::globalSetdown() {
   mSetUp = false;
   if (PF_Err err = send(PF_Cmd_GLOBAL_SETDOWN, nullptr)) {
-    std::fprintf(stderr, "velmira: %s: global setdown failed with error %d\n", mModule->path().c_str(),
+    std::fprintf(stderr, "velmira: %s: global setdown failed with error %d\n", effectName().c_str(),
                  static_cast<int>(err));
   }
 }
 
 std::string EffectHost::about() {
   sendOrThrow(PF_Cmd_ABOUT, nullptr);
-  return std::string(mOutData.return_msg, strnlen(mOutData.return_msg, sizeof mOutData.return_msg));
+  return returnMessage(mOutData);
 }
 
 void EffectHost::setTrack(std::size_t slider, ParamTrack track) {
@@ -141,16 +206,15 @@ void EffectHost::setFrameRate(double framesPerSecond) {
 }
 
 PF_Err EffectHost::send(PF_Cmd command, void* extra) {
-  // Each command gets a clean out record, as After Effects hands one out per call.
   mOutData = PF_OutData{};
   mOutData.num_params = mInData.num_params;
   PF_ParamDef** params = mParamList.empty() ? nullptr : mParamList.data();
-  PF_LayerDef* output = mOutput ? mOutput->def() : nullptr;
+  PF_LayerDef* output = mOutput ? mOutput->world() : nullptr;
   PF_Err err;
   {
     // Without a capture file the plug-in's text goes straight to standard error.
     PluginOutputRedirect redirect(mPluginOutput ? fileno(mPluginOutput.get()) : STDERR_FILENO);
-    err = mModule->entry()(command, &mInData, &mOutData, params, output, extra);
+    err = mEntry(command, &mInData, &mOutData, params, output, extra);
   }
   passOnPluginOutput(err != PF_Err_NONE);
   return err;
@@ -180,12 +244,9 @@ void EffectHost::sendOrThrow(PF_Cmd command, void* extra) {
   PF_Err err = send(command, extra);
   if (err == PF_Err_NONE) return;
   std::string message;
-  if (mOutData.out_flags & PF_OutFlag_DISPLAY_ERROR_MESSAGE) {
-    message =
-        fmt::format(": {}", std::string(mOutData.return_msg, strnlen(mOutData.return_msg, sizeof mOutData.return_msg)));
-  }
+  if (mOutData.out_flags & PF_OutFlag_DISPLAY_ERROR_MESSAGE) message = ": " + returnMessage(mOutData);
   throw HostError::failure(
-      fmt::format("{}: {} failed with error {}{}", mModule->path(), commandName(command), err, message));
+      fmt::format("{}: {} failed with error {}{}", effectName(), commandName(command), err, message));
 }
 
 void EffectHost::setTime(const FrameTime& time) {
@@ -199,7 +260,7 @@ void EffectHost::fillParamList(double seconds) {
   // smart render protocol has the effect ask through checkout_param instead.
   mParamValues.assign(mSliders.size() + 1, PF_ParamDef{});
   mParamValues[0] = mLayerParam;
-  if (mInput) mParamValues[0].u.ld = *mInput->def();
+  if (mInput) mParamValues[0].u.ld = *mInput->world();
   for (std::size_t i = 0; i < mSliders.size(); ++i) {
     mParamValues[i + 1] = mSliders[i].def;
     mParamValues[i + 1].u.fs_d.value = mTracks[i].valueAt(seconds);
@@ -208,9 +269,9 @@ void EffectHost::fillParamList(double seconds) {
   for (auto& value : mParamValues) mParamList.push_back(&value);
 }
 
-void EffectHost::render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time) {
+void EffectHost::render(ArgbFrame& input, ArgbFrame& output, const FrameTime& time) {
   if (output.width() != input.width() || output.height() != input.height()) {
-    throw HostError::failure("the output world must have the input's size");
+    throw HostError::failure("the output frame must have the input's size");
   }
   setTime(time);
   mInput = &input;
@@ -239,7 +300,8 @@ void EffectHost::render(PaddedWorld& input, PaddedWorld& output, const FrameTime
   preInput.output_request = request;
   preInput.bitdepth = 8;
   PF_PreRenderOutput preOutput{};
-  PF_PreRenderCallbacks preCallbacks{checkoutLayer, guidMixIn};
+  PF_PreRenderCallbacks preCallbacks{VELMIRA_TRACED("checkout_layer", checkoutLayer),
+                                     VELMIRA_TRACED("GuidMixInPtr", guidMixIn)};
   PF_PreRenderExtra preExtra{&preInput, &preOutput, &preCallbacks};
   sendOrThrow(PF_Cmd_SMART_PRE_RENDER, &preExtra);
 
@@ -247,7 +309,9 @@ void EffectHost::render(PaddedWorld& input, PaddedWorld& output, const FrameTime
   renderInput.output_request = request;
   renderInput.bitdepth = 8;
   renderInput.pre_render_data = preOutput.pre_render_data;
-  PF_SmartRenderCallbacks renderCallbacks{checkoutLayerPixels, checkinLayerPixels, checkoutOutput};
+  PF_SmartRenderCallbacks renderCallbacks{VELMIRA_TRACED("checkout_layer_pixels", checkoutLayerPixels),
+                                          VELMIRA_TRACED("checkin_layer_pixels", checkinLayerPixels),
+                                          VELMIRA_TRACED("checkout_output", checkoutOutput)};
   PF_SmartRenderExtra renderExtra{&renderInput, &renderCallbacks};
   mInSmartRender = true;
   PF_Err err = send(PF_Cmd_SMART_RENDER, &renderExtra);
@@ -256,12 +320,21 @@ void EffectHost::render(PaddedWorld& input, PaddedWorld& output, const FrameTime
     preOutput.delete_pre_render_data_func(preOutput.pre_render_data);
   }
   if (err != PF_Err_NONE) {
-    throw HostError::failure(fmt::format("{}: smart render of the frame at {:.3f} s failed with error {}",
-                                         mModule->path(), time.seconds(), err));
+    throw HostError::failure(fmt::format("{}: smart render of the frame at {:.3f} s failed with error {}", effectName(),
+                                         time.seconds(), err));
   }
 }
 
 EffectHost& EffectHost::from(PF_ProgPtr effectRef) { return *reinterpret_cast<EffectHost*>(effectRef); }
+
+EffectHost& EffectHost::current() {
+  EffectHost* host = gCurrent.load();
+  if (!host) {
+    std::fprintf(stderr, "velmira: an effect called the host after the host was gone\n");
+    std::abort();
+  }
+  return *host;
+}
 
 PF_Err EffectHost::addParam(PF_ProgPtr effectRef, PF_ParamIndex index, PF_ParamDefPtr def) {
   EffectHost& host = from(effectRef);
@@ -281,7 +354,7 @@ PF_Err EffectHost::checkoutParam(PF_ProgPtr effectRef, PF_ParamIndex index, A_lo
   if (index < 0 || index > static_cast<PF_ParamIndex>(host.mSliders.size())) return PF_Err_INVALID_INDEX;
   if (index == 0) {
     *param = host.mLayerParam;
-    if (host.mInput) param->u.ld = *host.mInput->def();
+    if (host.mInput) param->u.ld = *host.mInput->world();
   } else {
     *param = host.mSliders[index - 1].def;
     double seconds = static_cast<double>(whatTime) / static_cast<double>(timeScale);
@@ -334,7 +407,7 @@ PF_Err EffectHost::checkoutLayerPixels(PF_ProgPtr effectRef, A_long checkoutId, 
   if (!pixels || !host.mInSmartRender) return PF_Err_BAD_CALLBACK_PARAM;
   // Pixels exist only for a layer that pre-render checked out under this id.
   if (!host.mLayerCheckouts.count(checkoutId)) return PF_Err_BAD_CALLBACK_PARAM;
-  *pixels = host.mInput->def();
+  *pixels = host.mInput->world();
   return PF_Err_NONE;
 }
 
@@ -345,7 +418,7 @@ PF_Err EffectHost::checkinLayerPixels(PF_ProgPtr effectRef, A_long checkoutId) {
 PF_Err EffectHost::checkoutOutput(PF_ProgPtr effectRef, PF_EffectWorld** output) {
   EffectHost& host = from(effectRef);
   if (!output || !host.mInSmartRender) return PF_Err_BAD_CALLBACK_PARAM;
-  *output = host.mOutput->def();
+  *output = host.mOutput->world();
   return PF_Err_NONE;
 }
 
@@ -360,10 +433,59 @@ PF_Err EffectHost::getPixelData8(PF_EffectWorld* world, PF_PixelPtr pixels, PF_P
 PF_Err EffectHost::getPixelData16(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel16** result) {
   if (!result) return PF_Err_BAD_CALLBACK_PARAM;
   *result = nullptr;
-  // This host makes 8-bit worlds only; a 16-bit view of one does not exist.
+  // A deep world's pixels are 16-bit ones; an 8-bit world has no 16-bit view.
   if (!world || !(world->world_flags & PF_WorldFlag_DEEP)) return PF_Err_BAD_CALLBACK_PARAM;
   *result = reinterpret_cast<PF_Pixel16*>(pixels ? pixels : world->data);
   return PF_Err_NONE;
 }
+
+SPErr EffectHost::acquireSuite(const char* name, int32_t version, const void** suite) {
+  if (!name || !suite) return kSPBadParameterError;
+  EffectHost& host = current();
+  std::lock_guard<std::mutex> lock(host.mSuitesMutex);
+  auto found = host.mSuites.find({name, version});
+  if (found == host.mSuites.end()) {
+    *suite = nullptr;
+    return kSPSuiteNotFoundError;
+  }
+  ++host.mHeld[found->first];
+  *suite = found->second;
+  return kSPNoError;
+}
+
+SPErr EffectHost::releaseSuite(const char* name, int32_t version) {
+  if (!name) return kSPBadParameterError;
+  EffectHost& host = current();
+  std::lock_guard<std::mutex> lock(host.mSuitesMutex);
+  auto held = host.mHeld.find({name, version});
+  if (held == host.mHeld.end() || held->second == 0) return kSPSuiteNotFoundError;
+  --held->second;
+  return kSPNoError;
+}
+
+SPBoolean EffectHost::isEqual(const char* token1, const char* token2) {
+  return token1 && token2 && std::strcmp(token1, token2) == 0;
+}
+
+SPErr EffectHost::allocateBlock(size_t size, void** block) {
+  if (!block) return kSPBadParameterError;
+  *block = std::malloc(size == 0 ? 1 : size);
+  return *block ? kSPNoError : kSPOutOfMemoryError;
+}
+
+SPErr EffectHost::freeBlock(void* block) {
+  std::free(block);
+  return kSPNoError;
+}
+
+SPErr EffectHost::reallocateBlock(void* block, size_t newSize, void** newBlock) {
+  if (!newBlock) return kSPBadParameterError;
+  void* grown = std::realloc(block, newSize == 0 ? 1 : newSize);
+  if (!grown) return kSPOutOfMemoryError;
+  *newBlock = grown;
+  return kSPNoError;
+}
+
+SPErr EffectHost::undefined() { return kSPUnimplementedError; }
 
 }  // namespace Quillmere::Velmira

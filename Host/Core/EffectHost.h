@@ -3,28 +3,38 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "AE_Effect.h"
+#include "Core/ArgbFrame.h"
 #include "Core/FrameTime.h"
-#include "Core/PaddedWorld.h"
 #include "Core/ParamTrack.h"
 #include "Core/PluginModule.h"
 #include "Core/SliderDefinition.h"
+#include "SPBasic.h"
 
 namespace Quillmere::Velmira {
 
-// Runs one effect as After Effects does: global setup (whose version and flags must match
-// the property list), parameter setup, then a smart pre-render and a smart render for each
-// frame, and global setdown when the host is done. It answers every callback the effect
-// calls with real data. All commands must come from one thread, the one that made the host:
-// the effect's GL contexts belong to it.
+class CallRecorder;
+
+// The host side of the effect interface, the only one in the tree: it runs an effect as After Effects does (global
+// setup, whose version and flags must match the property list; parameter setup; a smart pre-render and a smart
+// render for each frame; global setdown when the host goes) and answers every callback and suite the effect calls
+// with real data. The velmira command runs the plug-in library through it, and the effect's tests run the effect
+// linked into them through it, with a CallRecorder attached to see and fail the calls.
+//
+// One host at a time per process: suites and the C library carry no pointer back to a host, so they reach the one
+// made last. Every command must come from the thread that made the host: the effect's GL contexts belong to it.
 class EffectHost {
 public:
-  // What the plug-in prints is kept from standard output, which carries the command's
-  // results; it reaches standard error when shown, or when the command that printed it failed.
-  explicit EffectHost(const std::string& pluginPath, bool showPluginOutput = false);
+  // Loads the plug-in (its property list first). What it prints is kept from standard output, which carries the
+  // command's results; it reaches standard error when shown, or when the command that printed it failed.
+  explicit EffectHost(const std::string& pluginPath, bool showPluginOutput = false, CallRecorder* recorder = nullptr);
+  // An effect linked into the caller; there is no property list to hold it to.
+  explicit EffectHost(PF_EntryPointFunc entry, CallRecorder* recorder = nullptr);
   ~EffectHost();
   EffectHost(const EffectHost&) = delete;
   EffectHost& operator=(const EffectHost&) = delete;
@@ -38,24 +48,42 @@ public:
   // Frame times of keyframes are taken at this rate.
   void setFrameRate(double framesPerSecond);
 
-  // One frame through smart pre-render and smart render; output has the input's size.
-  void render(PaddedWorld& input, PaddedWorld& output, const FrameTime& time);
+  // One frame through smart pre-render and smart render; the output must have the input's size.
+  void render(ArgbFrame& input, ArgbFrame& output, const FrameTime& time);
 
-  // Parameters checked out and not yet checked in, over the host's life.
+  // The records the effect is handed, and one command sent as it stands, for those who call the effect's pieces
+  // directly. A command gets a clean out record, as After Effects hands one out per call.
+  PF_InData& inData() { return mInData; }
+  PF_OutData& outData() { return mOutData; }
+  void setTime(const FrameTime& time);
+  PF_Err send(PF_Cmd command, void* extra = nullptr);
+
+  // Suites by name and version. The host's own are offered from the start; another table may be offered beside
+  // them (or in place of one) before the effect asks for it.
+  void offerSuite(const std::string& name, int version, const void* table);
+  // Suites acquired and not released, and handles made and not disposed, over the host's life.
+  int heldSuites() const;
+  static std::size_t liveHandles();
   int openParamCheckouts() const { return mOpenParamCheckouts; }
 
 private:
+  EffectHost(std::unique_ptr<PluginModule> module, PF_EntryPointFunc entry, bool showPluginOutput,
+             CallRecorder* recorder);
+  void prepareRecords();
+  void offerOwnSuites();
   void globalSetup();
   void checkDeclarationsAgainstPropertyList();
   void paramsSetup();
   void globalSetdown();
-  PF_Err send(PF_Cmd command, void* extra);
   void passOnPluginOutput(bool commandFailed);
   void sendOrThrow(PF_Cmd command, void* extra);
-  void setTime(const FrameTime& time);
   void fillParamList(double seconds);
+  std::string effectName() const;
 
   static EffectHost& from(PF_ProgPtr effectRef);
+  static EffectHost& current();
+
+  // Callbacks.
   static PF_Err addParam(PF_ProgPtr effectRef, PF_ParamIndex index, PF_ParamDefPtr def);
   static PF_Err checkoutParam(PF_ProgPtr effectRef, PF_ParamIndex index, A_long whatTime, A_long timeStep,
                               A_u_long timeScale, PF_ParamDef* param);
@@ -72,19 +100,36 @@ private:
   static PF_Err getPixelData8(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel8** result);
   static PF_Err getPixelData16(PF_EffectWorld* world, PF_PixelPtr pixels, PF_Pixel16** result);
 
+  // The basic suite.
+  static SPErr acquireSuite(const char* name, int32_t version, const void** suite);
+  static SPErr releaseSuite(const char* name, int32_t version);
+  static SPBoolean isEqual(const char* token1, const char* token2);
+  static SPErr allocateBlock(size_t size, void** block);
+  static SPErr freeBlock(void* block);
+  static SPErr reallocateBlock(void* block, size_t newSize, void** newBlock);
+  static SPErr undefined();
+
   struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
 
-  std::unique_ptr<PluginModule> mModule;
+  std::unique_ptr<PluginModule> mModule;  // none for an effect linked into the caller
+  PF_EntryPointFunc mEntry;
+  CallRecorder* mRecorder;
   std::unique_ptr<std::FILE, FileCloser> mPluginOutput{std::tmpfile()};
-  bool mShowPluginOutput = false;
+  bool mShowPluginOutput;
   PF_UtilCallbacks mUtils{};
+  SPBasicSuite mBasicSuite{};
   PF_InData mInData{};
   PF_OutData mOutData{};
   PF_OutData mGlobalOutData{};
   bool mSetUp = false;
   bool mInParamsSetup = false;
+
+  using SuiteKey = std::pair<std::string, int>;
+  mutable std::mutex mSuitesMutex;  // effects may ask for suites on threads of their own
+  std::map<SuiteKey, const void*> mSuites;
+  std::map<SuiteKey, int> mHeld;
 
   std::vector<SliderDefinition> mSliders;
   std::vector<ParamTrack> mTracks;
@@ -94,8 +139,8 @@ private:
   int mOpenParamCheckouts = 0;
 
   // The frame of the command in progress.
-  PaddedWorld* mInput = nullptr;
-  PaddedWorld* mOutput = nullptr;
+  ArgbFrame* mInput = nullptr;
+  ArgbFrame* mOutput = nullptr;
   bool mInSmartRender = false;
   std::map<A_long, A_long> mLayerCheckouts;  // checkout id -> time asked in pre-render
 };

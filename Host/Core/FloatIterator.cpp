@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "Core/CallRecorder.h"
+
 namespace Quillmere::Velmira {
 
 namespace {
@@ -44,7 +46,8 @@ PF_Err FloatIterator::iterateOrigin(PF_InData*, A_long, A_long, PF_EffectWorld* 
 }
 
 const PF_iterateFloatSuite1& FloatIterator::suite() {
-  static const PF_iterateFloatSuite1 kSuite{iterate, iterateOrigin};
+  static const PF_iterateFloatSuite1 kSuite{VELMIRA_TRACED("iterateFloat.iterate", iterate),
+                                            VELMIRA_TRACED("iterateFloat.iterate_origin", iterateOrigin)};
   return kSuite;
 }
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include "Core/CallRecorder.h"
+
 namespace Quillmere::Velmira {
 
 namespace {
@@ -61,7 +63,12 @@ PF_Err HostHandles::resizeHandle(A_HandleSize newSize, PF_Handle* handle) {
 }
 
 const PF_HandleSuite1& HostHandles::suite() {
-  static const PF_HandleSuite1 kSuite{newHandle, lockHandle, unlockHandle, disposeHandle, handleSize, resizeHandle};
+  static const PF_HandleSuite1 kSuite{VELMIRA_TRACED("HandleSuite.host_new_handle", newHandle),
+                                      VELMIRA_TRACED("HandleSuite.host_lock_handle", lockHandle),
+                                      VELMIRA_TRACED("HandleSuite.host_unlock_handle", unlockHandle),
+                                      VELMIRA_TRACED("HandleSuite.host_dispose_handle", disposeHandle),
+                                      VELMIRA_TRACED("HandleSuite.host_get_handle_size", handleSize),
+                                      VELMIRA_TRACED("HandleSuite.host_resize_handle", resizeHandle)};
   return kSuite;
 }
 

@@ -7,6 +7,8 @@
 #include <new>
 #include <unordered_set>
 
+#include "Core/CallRecorder.h"
+
 namespace Quillmere::Velmira {
 
 namespace {
@@ -121,8 +123,14 @@ AEGP_MemHandle MemoryHandles::newText(const char* what, const char* text) {
 }
 
 const AEGP_MemorySuite1& MemoryHandles::suite() {
-  static const AEGP_MemorySuite1 kSuite{newHandle,  freeHandle,   lockHandle,     unlockHandle,
-                                        handleSize, resizeHandle, setReportingOn, memoryStats};
+  static const AEGP_MemorySuite1 kSuite{VELMIRA_TRACED("MemorySuite.AEGP_NewMemHandle", newHandle),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_FreeMemHandle", freeHandle),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_LockMemHandle", lockHandle),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_UnlockMemHandle", unlockHandle),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_GetMemHandleSize", handleSize),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_ResizeMemHandle", resizeHandle),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_SetMemReportingOn", setReportingOn),
+                                        VELMIRA_TRACED("MemorySuite.AEGP_GetMemStats", memoryStats)};
   return kSuite;
 }
 

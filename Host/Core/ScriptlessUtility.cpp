@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "Core/CallRecorder.h"
 #include "Core/MemoryHandles.h"
 
 namespace Quillmere::Velmira {
@@ -25,7 +26,9 @@ A_Err ScriptlessUtility::executeScript(AEGP_PluginID, const A_char*, const A_Boo
 }
 
 const AEGP_UtilitySuite5& ScriptlessUtility::suite() {
-  static const AEGP_UtilitySuite5 kSuite{reportInfo, isScriptingAvailable, executeScript};
+  static const AEGP_UtilitySuite5 kSuite{VELMIRA_TRACED("UtilitySuite.AEGP_ReportInfo", reportInfo),
+                                         VELMIRA_TRACED("UtilitySuite.AEGP_IsScriptingAvailable", isScriptingAvailable),
+                                         VELMIRA_TRACED("UtilitySuite.AEGP_ExecuteScript", executeScript)};
   return kSuite;
 }
 

@@ -1,4 +1,5 @@
-// The frames a render farm node is asked for: A-B, both included.
+// Frames A to B of a source, both included, counted from 0 (for a sequence: its file numbers). A render farm node is
+// given one such range of a job.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Where a writer's frames go: picture files or a video container.
 #pragma once
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
 

@@ -1,7 +1,7 @@
 // Where a reader's frames come from: one file, or the files of a sequence.
 #pragma once
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
 

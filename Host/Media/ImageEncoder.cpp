@@ -28,12 +28,12 @@ ImageEncoder::ImageEncoder(const std::string& path, bool keepAlpha) {
 }
 
 std::vector<std::uint8_t> ImageEncoder::encode(const ArgbFrame& frame, const std::string& path) {
-  if (frame.width <= 0 || frame.height <= 0) throw MediaError(path, "cannot write a zero-sized frame");
+  if (frame.width() <= 0 || frame.height() <= 0) throw MediaError(path, "cannot write a zero-sized frame");
   const AVCodec* codec = avcodec_find_encoder(mCodec);
   if (!codec) throw MediaError(path, std::string("no encoder for ") + avcodec_get_name(mCodec));
   CodecContextPtr context(avcodec_alloc_context3(codec));
-  context->width = frame.width;
-  context->height = frame.height;
+  context->width = frame.width();
+  context->height = frame.height();
   context->pix_fmt = mFormat;
   context->time_base = AVRational{1, 25};
   context->color_range = mCodec == AV_CODEC_ID_MJPEG ? AVCOL_RANGE_JPEG : AVCOL_RANGE_UNSPECIFIED;
@@ -47,8 +47,8 @@ std::vector<std::uint8_t> ImageEncoder::encode(const ArgbFrame& frame, const std
 
   FramePtr picture(av_frame_alloc());
   picture->format = mFormat;
-  picture->width = frame.width;
-  picture->height = frame.height;
+  picture->width = frame.width();
+  picture->height = frame.height();
   picture->quality = context->global_quality;
   if (av_frame_get_buffer(picture.get(), 0) < 0) throw MediaError(path, "out of memory for the frame");
   if (!mConverter.fromArgb(frame, AVCOL_SPC_BT470BG, true, *picture))

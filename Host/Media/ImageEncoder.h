@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/FfmpegHandles.h"
 #include "Media/PixelConverter.h"
 

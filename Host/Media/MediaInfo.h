@@ -29,9 +29,10 @@ struct MediaInfo {
   double durationSeconds = 0.0;  // of the whole source
   std::int64_t startPts = 0;     // pts of the source's first frame
 
-  // The frames asked for, and for a sequence the number of its first file.
+  // The frames asked for, and for a sequence the numbers of its first and last files.
   FrameRange range;
   std::int64_t firstNumber = 0;
+  std::int64_t lastNumber = 0;
 
   bool hasAlpha = false;
   // True when the source has more than 8 bits a channel and its frames are brought to 8 bits. Say it once.

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/FrameRange.h"
 #include "Media/MediaInfo.h"
 

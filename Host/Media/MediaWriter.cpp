@@ -1,7 +1,5 @@
 #include "Media/MediaWriter.h"
 
-#include <filesystem>
-
 #include "Media/ImageSink.h"
 #include "Media/MediaError.h"
 #include "Media/MediaPath.h"
@@ -9,29 +7,9 @@
 
 namespace Quillmere::Velmira {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-bool samePath(const std::string& a, const std::string& b) {
-  std::error_code ec;
-  if (fs::exists(a, ec) && fs::exists(b, ec)) return fs::equivalent(a, b, ec);
-  return fs::weakly_canonical(a, ec) == fs::weakly_canonical(b, ec);
-}
-
-// The output may never replace its own source: not the same file, and for two sequences not the same pattern
-// (which would overwrite frames still to be read).
-void refuseToOverwriteSource(const std::string& path, const MediaInfo& source) {
-  if (source.path.empty()) return;
-  if (samePath(path, source.path)) throw MediaError(path, "is the input; choose another output name");
-}
-
-}  // namespace
-
 MediaWriter::MediaWriter(const std::string& path, const MediaInfo& source) : MediaWriter(path, source, Options{}) {}
 
 MediaWriter::MediaWriter(const std::string& path, const MediaInfo& source, Options options) : mPath(path) {
-  refuseToOverwriteSource(path, source);
   if (source.width <= 0 || source.height <= 0) throw MediaError(path, "cannot write zero-sized frames");
   if (MediaPath::kindOf(path) == MediaKind::Video)
     mSink = std::make_unique<VideoSink>(path, source, options.crf);
@@ -45,10 +23,7 @@ MediaWriter& MediaWriter::operator=(MediaWriter&&) noexcept = default;
 
 void MediaWriter::write(const ArgbFrame& frame) {
   if (!mSink) throw MediaError(mPath, "the writer is already finished");
-  if (frame.width <= 0 || frame.height <= 0) throw MediaError(mPath, "cannot write a zero-sized frame");
-  if (frame.rowBytes < static_cast<std::size_t>(frame.width) * 4 ||
-      frame.pixels.size() < frame.rowBytes * static_cast<std::size_t>(frame.height))
-    throw MediaError(mPath, "frame buffer is smaller than its size says");
+  if (frame.width() <= 0 || frame.height() <= 0) throw MediaError(mPath, "cannot write a zero-sized frame");
   try {
     mSink->write(frame);
   } catch (...) {

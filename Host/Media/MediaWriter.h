@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/MediaInfo.h"
 
 namespace Quillmere::Velmira {
@@ -30,8 +30,8 @@ public:
     int crf = 18;
   };
 
-  // Throws MediaError when the output would replace the source, its folder cannot be written, or the format
-  // is unknown.
+  // Throws MediaError when its folder cannot be written or the format is unknown. Whether the output would write over
+  // an input is the caller's to check, before any frame is made.
   MediaWriter(const std::string& path, const MediaInfo& source);
   MediaWriter(const std::string& path, const MediaInfo& source, Options options);
   ~MediaWriter();

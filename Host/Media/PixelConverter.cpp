@@ -79,15 +79,14 @@ SwsContext* PixelConverter::prepare(int srcW, int srcH, AVPixelFormat srcFormat,
 
 bool PixelConverter::toArgb(const AVFrame& source, int matrix, bool fullRange, ArgbFrame& target) {
   auto format = static_cast<AVPixelFormat>(source.format);
-  if (target.width != source.width || target.height != source.height || target.pixels.empty())
-    target.allocate(source.width, source.height);
+  target.allocate(source.width, source.height);
   if (convertDeepRgb(source, target)) return true;
   bool srcFull = fullRange || isJpegFormat(format);
   SwsContext* context = prepare(source.width, source.height, format, AV_PIX_FMT_ARGB,
                                 effectiveMatrix(matrix, source.height), srcFull, true);
   if (!context) return false;
-  uint8_t* planes[4] = {target.pixels.data(), nullptr, nullptr, nullptr};
-  int strides[4] = {static_cast<int>(target.rowBytes), 0, 0, 0};
+  uint8_t* planes[4] = {target.row(0), nullptr, nullptr, nullptr};
+  int strides[4] = {static_cast<int>(target.rowBytes()), 0, 0, 0};
   sws_scale(context, source.data, source.linesize, 0, source.height, planes, strides);
   return true;
 }
@@ -95,12 +94,12 @@ bool PixelConverter::toArgb(const AVFrame& source, int matrix, bool fullRange, A
 bool PixelConverter::fromArgb(const ArgbFrame& source, int matrix, bool fullRange, AVFrame& target) {
   auto format = static_cast<AVPixelFormat>(target.format);
   bool dstFull = fullRange || isJpegFormat(format);
-  SwsContext* context = prepare(source.width, source.height, AV_PIX_FMT_ARGB, format,
-                                effectiveMatrix(matrix, source.height), true, dstFull);
+  SwsContext* context = prepare(source.width(), source.height(), AV_PIX_FMT_ARGB, format,
+                                effectiveMatrix(matrix, source.height()), true, dstFull);
   if (!context) return false;
-  const uint8_t* planes[4] = {source.pixels.data(), nullptr, nullptr, nullptr};
-  int strides[4] = {static_cast<int>(source.rowBytes), 0, 0, 0};
-  sws_scale(context, planes, strides, 0, source.height, target.data, target.linesize);
+  const uint8_t* planes[4] = {source.row(0), nullptr, nullptr, nullptr};
+  int strides[4] = {static_cast<int>(source.rowBytes()), 0, 0, 0};
+  sws_scale(context, planes, strides, 0, source.height(), target.data, target.linesize);
   return true;
 }
 

@@ -2,7 +2,7 @@
 // stream states.
 #pragma once
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/FfmpegHandles.h"
 
 namespace Quillmere::Velmira {

@@ -26,6 +26,7 @@ SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange 
   info.kind = MediaKind::Sequence;
   info.range = range;
   info.firstNumber = mFirstNumber;
+  info.lastNumber = all.back();
   info.timeBase = Rational{info.frameRate.den, info.frameRate.num};
   info.frameCount = static_cast<std::int64_t>(mNumbers.size());
   info.durationSeconds = static_cast<double>(all.size()) / info.frameRate.value();

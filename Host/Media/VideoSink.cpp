@@ -120,8 +120,8 @@ void VideoSink::drainEncoder(bool flushing) {
 }
 
 void VideoSink::write(const ArgbFrame& frame) {
-  if (frame.width != mSource.width || frame.height != mSource.height)
-    fail("frame is " + std::to_string(frame.width) + "x" + std::to_string(frame.height) + ", the video " +
+  if (frame.width() != mSource.width || frame.height() != mSource.height)
+    fail("frame is " + std::to_string(frame.width()) + "x" + std::to_string(frame.height()) + ", the video " +
          std::to_string(mSource.width) + "x" + std::to_string(mSource.height));
   if (mFirst) {
     // A whole source keeps its timestamps as they are; a range starts at zero, like the part of the source
@@ -132,8 +132,8 @@ void VideoSink::write(const ArgbFrame& frame) {
   }
   av_frame_unref(mFrame.get());
   mFrame->format = mEncoder->pix_fmt;
-  mFrame->width = frame.width;
-  mFrame->height = frame.height;
+  mFrame->width = frame.width();
+  mFrame->height = frame.height();
   if (av_frame_get_buffer(mFrame.get(), 0) < 0) fail("out of memory for a frame");
   if (!mConverter.fromArgb(frame, mEncoder->colorspace, mEncoder->color_range == AVCOL_RANGE_JPEG, *mFrame))
     fail("cannot convert the frame for the encoder");

@@ -1,13 +1,15 @@
+// The effect's entry through the host: what each command declares and asks of the host, and how failures inside
+// the effect reach it.
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
-#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "HostDouble.h"
+#include "Core/CallRecorder.h"
+#include "Core/EffectHost.h"
+#include "Core/HostError.h"
 #include "Velmira.h"
 
 namespace Quillmere::Velmira {
@@ -15,169 +17,108 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// An out_data filled with a byte pattern, so that any field written shows.
-PF_OutData patterned() {
-  PF_OutData out;
-  std::memset(&out, 0x5A, sizeof out);
-  return out;
-}
-
-std::string differingBytes(const PF_OutData& expected, const PF_OutData& actual) {
-  std::string offsets;
-  for (std::size_t i = 0; i < sizeof(PF_OutData); ++i) {
-    if (reinterpret_cast<const char*>(&expected)[i] != reinterpret_cast<const char*>(&actual)[i]) {
-      offsets += std::to_string(i) + " ";
-    }
-  }
-  return offsets;
-}
-
-struct CommandCase {
-  const char* label;
-  PF_Cmd cmd;
-  std::function<void(PF_OutData&)> expectedWrites;
+// The sliders as the host must see them, in order; index and id are the row number + 1.
+struct ExpectedSlider {
+  const char* name;
+  double value;
+  float validMin, validMax, sliderMin, sliderMax;
+  A_short precision, displayFlags;
+};
+const ExpectedSlider kSliders[] = {
+    {"Skin Blur", 9.0, 0, 30, 0, 300, 0, 0},     {"Skin Blur Range", 10.0, 0, 100, 0, 100, 1, 1},
+    {"Skin Whiten", 30.0, 0, 100, 0, 100, 1, 1}, {"Skin Redden", 0.0, 0, 100, 0, 100, 1, 1},
+    {"Skin Pinking", 0.0, 0, 100, 0, 100, 1, 1},
 };
 
-class EntryPointWrites : public ::testing::TestWithParam<CommandCase> {};
-
-// Every byte of out_data outside the fields a command owns stays as the host left it.
-TEST_P(EntryPointWrites, OnlyTheFieldsOfTheCommand) {
-  const CommandCase& c = GetParam();
-  HostDouble host;
-  *host.outData() = patterned();
-  PF_OutData expected = patterned();
-  c.expectedWrites(expected);
-
-  EXPECT_EQ(host.send(EntryPointFunc, c.cmd, host.preRenderExtra()), PF_Err_NONE);
-  EXPECT_EQ(std::memcmp(&expected, host.outData(), sizeof expected), 0)
-      << "bytes that differ: " << differingBytes(expected, *host.outData());
+TEST(EntryPoint, ParamsSetupAddsTheFiveSlidersFieldByFieldAfterCopyingEachName) {
+  CallRecorder calls;
+  EffectHost host(EntryPointFunc, &calls);
+  ASSERT_EQ(host.sliders().size(), 5u);
+  for (std::size_t row = 0; row < 5; ++row) {
+    const ExpectedSlider& e = kSliders[row];
+    const PF_ParamDef& def = host.sliders()[row].def;
+    const PF_FloatSliderDef& fs = def.u.fs_d;
+    SCOPED_TRACE(e.name);
+    EXPECT_EQ(def.uu.id, static_cast<A_long>(row + 1));
+    EXPECT_STREQ(def.name, e.name);
+    EXPECT_EQ(fs.value, e.value);
+    EXPECT_EQ(fs.dephault, static_cast<float>(e.value));
+    EXPECT_EQ(fs.valid_min, e.validMin);
+    EXPECT_EQ(fs.valid_max, e.validMax);
+    EXPECT_EQ(fs.slider_min, e.sliderMin);
+    EXPECT_EQ(fs.slider_max, e.sliderMax);
+    EXPECT_EQ(fs.precision, e.precision);
+    EXPECT_EQ(fs.display_flags, e.displayFlags);
+    EXPECT_EQ(fs.curve_tolerance, 0.05f);
+    // Everything else stays zero: the record is the filled fields over a cleared one.
+    PF_ParamDef rest = def, zero{};
+    rest.param_type = PF_Param_LAYER;  // 0: the host already refuses any type but a float slider
+    rest.uu.id = 0;
+    std::memset(rest.name, 0, std::strlen(e.name));
+    rest.u.fs_d = PF_FloatSliderDef{};
+    EXPECT_EQ(std::memcmp(&rest, &zero, sizeof rest), 0) << "a field beyond the slider's, or the name's tail, is set";
+  }
+  std::vector<std::string> sequence;
+  for (const CallRecorder::Call& call : calls.calls()) {
+    if (call.name == "ansi.strcpy") sequence.push_back(call.name + " " + call.text);
+    if (call.name == "add_param") sequence.push_back(call.name + " " + std::to_string(call.numbers.at(0)));
+  }
+  // Each name is copied into its record before the record is appended (index -1).
+  EXPECT_EQ(sequence, (Names{"ansi.strcpy Skin Blur", "add_param -1", "ansi.strcpy Skin Blur Range", "add_param -1",
+                             "ansi.strcpy Skin Whiten", "add_param -1", "ansi.strcpy Skin Redden", "add_param -1",
+                             "ansi.strcpy Skin Pinking", "add_param -1"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Commands, EntryPointWrites,
-    ::testing::Values(CommandCase{"About", PF_Cmd_ABOUT,
-                                  [](PF_OutData& out) { std::memcpy(out.return_msg, "Velmira v1.0\rVelmira", 21); }},
-                      CommandCase{"GlobalSetup", PF_Cmd_GLOBAL_SETUP,
-                                  [](PF_OutData& out) {
-                                    out.my_version = 0x80001;
-                                    out.out_flags = 0;
-                                    out.out_flags2 = 0x400;
-                                  }},
-                      CommandCase{"ParamsSetup", PF_Cmd_PARAMS_SETUP, [](PF_OutData& out) { out.num_params = 6; }},
-                      CommandCase{"SmartPreRender", PF_Cmd_SMART_PRE_RENDER, [](PF_OutData&) {}}),
-    [](const auto& commandCase) { return std::string(commandCase.param.label); });
+// The host's error ends the command at once: later sliders are not offered.
+TEST(EntryPoint, ParamsSetupStopsAtARefusedSlider) {
+  for (int refused = 1; refused <= 5; ++refused) {
+    CallRecorder calls;
+    calls.failCall("add_param", refused, PF_Err_OUT_OF_MEMORY);
+    EXPECT_THROW(EffectHost(EntryPointFunc, &calls), HostError) << "slider " << refused;
+    EXPECT_EQ(calls.count("add_param"), refused);
+  }
+}
 
 TEST(EntryPoint, UnhandledCommandsWriteNothingAndCallNothing) {
-  HostDouble host;
-  const std::initializer_list<PF_Cmd> unhandled = {
-      PF_Cmd_UNUSED_0,         PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER,
-      PF_Cmd_FRAME_SETUP,      PF_Cmd_DO_DIALOG,      PF_Cmd_USER_CHANGED_PARAM,
-      PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS,       -1};
+  CallRecorder calls;
+  EffectHost host(EntryPointFunc, &calls);
+  const int before = static_cast<int>(calls.calls().size());
+  const PF_Cmd unhandled[] = {PF_Cmd_UNUSED_0,         PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER,
+                              PF_Cmd_FRAME_SETUP,      PF_Cmd_DO_DIALOG,      PF_Cmd_USER_CHANGED_PARAM,
+                              PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS,       -1};
   for (PF_Cmd cmd : unhandled) {
-    *host.outData() = patterned();
-    EXPECT_EQ(host.send(EntryPointFunc, cmd, host.preRenderExtra()), PF_Err_NONE) << "command " << cmd;
-    const PF_OutData untouched = patterned();
-    EXPECT_EQ(std::memcmp(&untouched, host.outData(), sizeof untouched), 0)
-        << "command " << cmd << ", bytes that differ: " << differingBytes(untouched, *host.outData());
+    EXPECT_EQ(host.send(cmd), PF_Err_NONE) << "command " << cmd;
+    PF_OutData untouched{};
+    untouched.num_params = host.outData().num_params;
+    EXPECT_EQ(std::memcmp(&untouched, &host.outData(), sizeof untouched), 0) << "command " << cmd;
   }
-  EXPECT_EQ(host.callNames(), Names{});
+  EXPECT_EQ(static_cast<int>(calls.calls().size()), before);
 }
 
-TEST(EntryPoint, AboutWithoutTheAnsiSuiteFailsWith516AndWritesNoMessage) {
-  HostDouble host;
-  host.removeSuite("PF ANSI Suite", 1);
-  *host.outData() = patterned();
-  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM);
-  const PF_OutData untouched = patterned();
-  EXPECT_EQ(std::memcmp(&untouched, host.outData(), sizeof untouched), 0)
-      << "bytes that differ: " << differingBytes(untouched, *host.outData());
-  EXPECT_EQ(host.count("ReleaseSuite"), 0);
-}
+// About formats through the PF ANSI suite and gives it back whatever happens inside. Any integer thrown inside
+// becomes 516; any other exception passes through.
+TEST(EntryPoint, AboutGivesBackItsSuiteAndTurnsIntegersThrownInsideInto516) {
+  CallRecorder calls;
+  EffectHost host(EntryPointFunc, &calls);
+  EXPECT_EQ(host.about(), "Velmira v1.0\rVelmira");
+  const std::vector<CallRecorder::Call> all = calls.calls();
+  ASSERT_GE(all.size(), 3u);
+  Names suiteTraffic;
+  for (auto call = all.end() - 3; call != all.end(); ++call) suiteTraffic.push_back(call->name + " " + call->text);
+  EXPECT_EQ(suiteTraffic, (Names{"AcquireSuite PF ANSI Suite", "ANSISuite.sprintf Velmira v1.0\rVelmira",
+                                 "ReleaseSuite PF ANSI Suite"}));
 
-// About formats through the PF ANSI suite. Any integer thrown inside, whatever its value,
-// becomes 516; any other exception passes through. The suite is given back either way.
-TEST(EntryPoint, IntegerThrownInsideBecomes516OtherExceptionsPassThrough) {
+  calls.failCall("AcquireSuite", calls.count("AcquireSuite") + 1, kSPSuiteNotFoundError);
+  EXPECT_EQ(host.send(PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "a missing suite is thrown as 13";
+  EXPECT_EQ(host.outData().return_msg[0], '\0');
   for (int thrown : {0, 4, 516, -7}) {
-    HostDouble host;
-    host.throwIntOnCall("ANSISuite.sprintf", 1, thrown);
-    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "thrown " << thrown;
-    EXPECT_EQ(host.heldSuites(), 0) << "thrown " << thrown;
+    calls.throwOnCall("ANSISuite.sprintf", calls.count("ANSISuite.sprintf") + 1, std::make_exception_ptr(thrown));
+    EXPECT_EQ(host.send(PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "thrown " << thrown;
   }
-  HostDouble host;
-  host.throwRuntimeErrorOnCall("ANSISuite.sprintf", 1, "out of host memory");
-  EXPECT_THROW(host.send(EntryPointFunc, PF_Cmd_ABOUT), std::runtime_error);
-  EXPECT_EQ(host.callNames(), (Names{"AcquireSuite", "ANSISuite.sprintf", "ReleaseSuite"}));
-  for (const HostCall& call : {host.calls().front(), host.calls().back()}) {
-    EXPECT_EQ(call.text + " " + std::to_string(call.args.at(0)), "PF ANSI Suite 1") << call.name;
-  }
+  calls.throwOnCall("ANSISuite.sprintf", calls.count("ANSISuite.sprintf") + 1,
+                    std::make_exception_ptr(std::runtime_error("out of host memory")));
+  EXPECT_THROW(host.send(PF_Cmd_ABOUT), std::runtime_error);
   EXPECT_EQ(host.heldSuites(), 0);
-}
-
-// ---------------------------------------------------------------- smart pre-render
-
-TEST(SmartPreRender, AsksForTheInputWithTheRequestCopiedWhole) {
-  HostDouble host;
-  host.setTime(48, 2, 30);
-  PF_RenderRequest& request = host.outputRequest();
-  request.rect = {-3, 7, 640, 481};
-  request.field = 2;
-  request.channel_mask = PF_ChannelMask_RED | PF_ChannelMask_BLUE;
-  request.preserve_rgb_of_zero_alpha = 1;
-  request.unused[0] = 9;
-  request.reserved[3] = 11;
-
-  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
-  ASSERT_EQ(host.callNames(), Names{"checkout_layer"});
-  const HostCall call = host.calls().front();
-  EXPECT_EQ(call.args, (std::vector<std::int64_t>{0, 0, 48, 2, 30})) << "index, checkout id, time, step, scale";
-  EXPECT_EQ(call.effectRef, host.effectRef());
-  EXPECT_EQ(std::memcmp(&call.request, &request, sizeof request), 0) << "the request was altered";
-}
-
-std::string text(const PF_LRect& r) {
-  return "{" + std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
-         std::to_string(r.bottom) + "}";
-}
-
-PF_LRect shifted(PF_LRect r, A_long by) { return {r.left + by, r.top + by, r.right + by, r.bottom + by}; }
-
-// An empty output (even by a left beyond its right, or a top beyond its bottom) takes the
-// checkout whole, even an empty one; an empty checkout changes nothing; otherwise each side
-// grows by itself. The result rectangle and the maximum one are merged each with its own
-// counterpart; the maximum case runs shifted so that a mix-up of the two shows.
-TEST(SmartPreRender, MergesTheCheckoutIntoTheOutput) {
-  const struct {
-    PF_LRect dst;
-    PF_LRect src;
-    PF_LRect expected;
-  } cases[] = {{{3, 3, 3, 3}, {5, 5, 5, 20}, {5, 5, 5, 20}},      {{10, 0, 0, 10}, {1, 2, 3, 4}, {1, 2, 3, 4}},
-               {{0, 10, 10, 0}, {1, 2, 3, 4}, {1, 2, 3, 4}},      {{0, 0, 10, 10}, {5, 5, 5, 20}, {0, 0, 10, 10}},
-               {{0, 0, 10, 10}, {0, 20, 10, 5}, {0, 0, 10, 10}},  {{0, 0, 10, 10}, {-5, 2, 20, 8}, {-5, 0, 20, 10}},
-               {{0, 0, 10, 10}, {5, -5, 15, 15}, {0, -5, 15, 15}}};
-  for (const auto& c : cases) {
-    HostDouble host;
-    host.preRenderOutput().result_rect = c.dst;
-    host.preRenderOutput().max_result_rect = shifted(c.dst, 100);
-    host.checkoutResult().result_rect = c.src;
-    host.checkoutResult().max_result_rect = shifted(c.src, 100);
-
-    EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_NONE);
-    SCOPED_TRACE(text(c.dst) + " with " + text(c.src));
-    EXPECT_EQ(text(host.preRenderOutput().result_rect), text(c.expected));
-    EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text(shifted(c.expected, 100)));
-  }
-}
-
-TEST(SmartPreRender, CheckoutErrorIsReturnedAndTheRectanglesStay) {
-  HostDouble host;
-  host.failCall("checkout_layer", 1, PF_Err_OUT_OF_MEMORY);
-  host.preRenderOutput().max_result_rect = {1, 1, 1, 1};
-  host.checkoutResult().result_rect = {0, 0, 8, 8};
-  host.checkoutResult().max_result_rect = {0, 0, 9, 9};
-
-  EXPECT_EQ(host.send(EntryPointFunc, PF_Cmd_SMART_PRE_RENDER, host.preRenderExtra()), PF_Err_OUT_OF_MEMORY);
-  EXPECT_EQ(text(host.preRenderOutput().result_rect), text({0, 0, 0, 0}));
-  EXPECT_EQ(text(host.preRenderOutput().max_result_rect), text({1, 1, 1, 1}));
 }
 
 }  // namespace

@@ -1,30 +1,34 @@
-// The effect's GPU commands through its entry on real contexts: the order of one frame's GL work, the host's
-// context given back after every command and every failure, what is made again and what is kept between frames,
-// the order of setdown, and a second setup within one load.
+// The effect's GPU commands through the host on real contexts: the order of one frame's GL work, the host's context
+// given back after every command and every failure, what is made again and what is kept between frames, the order
+// of setdown, and a second setup within one load.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Core/CallRecorder.h"
+#include "Core/EffectHost.h"
+#include "Core/HostError.h"
 #include "GL/AEOpenGLContext.h"
 #include "GL/AEOpenGLContextManager.h"
 #include "GL/AEOpenglMainFrameBuffer.h"
-#include "HostDouble.h"
-#include "Support/EffectSession.h"
 #include "Support/GLCallLog.h"
+#include "Support/GLFixture.h"
 #include "Support/HostGLContext.h"
-#include "Support/LiveObjects.h"
+#include "Support/ReferenceRender.h"
 #include "Support/TestFrames.h"
+#include "Velmira.h"
 
-using namespace Quillmere::Velmira;
-
+namespace Quillmere::Velmira {
 namespace {
 
+using Names = std::vector<std::string>;
+
 // The names among `wanted`, in order, with repeats in a row told once when `collapse`.
-std::vector<std::string> among(const std::vector<std::string>& names, const std::vector<std::string>& wanted,
-                               bool collapse = false) {
-  std::vector<std::string> kept;
+Names among(const Names& names, const Names& wanted, bool collapse = false) {
+  Names kept;
   for (const std::string& name : names) {
     if (std::find(wanted.begin(), wanted.end(), name) != wanted.end() &&
         !(collapse && !kept.empty() && kept.back() == name)) {
@@ -36,180 +40,178 @@ std::vector<std::string> among(const std::vector<std::string>& names, const std:
 
 class RenderCommands : public ::testing::Test {
 protected:
-  void SetUp() override { hostContext.makeCurrent(); }
+  // After Effects calls with a context of its own current.
+  void SetUp() override {
+    hostContext.makeCurrent();
+    host = std::make_unique<EffectHost>(EntryPointFunc, &calls);
+  }
 
-  // The plug-in's objects live in its own share group: counted with its shared context current, then the thread
-  // is handed back to the host.
-  LiveObjects pluginObjects() {
+  // A frame of the kind, rendered with the sliders; the result's distance from the reference, or -1 when the host
+  // reported a failure.
+  int render(TestFrames::Kind kind, int width, int height, const ReferenceSliders& sliders = {}) {
+    sliders.applyTo(*host);
+    TestFrames::make(input, kind, width, height);
+    output.allocate(width, height);
+    try {
+      host->render(input, output, FrameTime{});
+    } catch (const HostError&) {
+      return -1;
+    }
+    return ReferenceRender(sliders).render(input).compare(output).maximum;
+  }
+
+  // The plug-in's objects live in its own share group: counted with its shared context current, then the thread is
+  // handed back to the host.
+  GLFixture::LiveObjects pluginObjects() {
     AEOpenGLContextManager::getSharedDataContext()->makeContextCurrent();
-    const LiveObjects live = LiveObjects::count();
+    const GLFixture::LiveObjects live = GLFixture::liveObjects();
     hostContext.makeCurrent();
     return live;
   }
 
   HostGLContext hostContext;
+  CallRecorder calls;
+  std::unique_ptr<EffectHost> host;
+  ArgbFrame input, output;
 };
 
-}  // namespace
-
 TEST_F(RenderCommands, OneFrameRunsUploadSkinPassResolveScreenPassReadBackInOrder) {
-  HostDouble host;
-  EffectSession session(host);
-  TestFrames::fill(session.frame(12, 7), TestFrames::Kind::SkinGrain);
-  ASSERT_EQ(session.render(), PF_Err_NONE);  // the first frame also compiles and makes objects
-  host.clearCalls();
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 12, 7), 0);  // the first frame also compiles and makes objects
+  const std::size_t before = calls.calls().size();
   GLCallLog log;
-  ASSERT_EQ(session.render(), PF_Err_NONE);
-  const std::vector<std::string> expected = {"glDrawBuffer",     "glRenderbufferStorageMultisample",
-                                             "glTexSubImage2D",  "glDrawArrays",
-                                             "glDeleteTextures", "glBlitFramebuffer",
-                                             "glDrawArrays",     "glDeleteTextures",
-                                             "glReadPixels"};
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 12, 7), 0);
+  const Names expected = {"glDrawBuffer",     "glRenderbufferStorageMultisample",
+                          "glTexSubImage2D",  "glDrawArrays",
+                          "glDeleteTextures", "glBlitFramebuffer",
+                          "glDrawArrays",     "glDeleteTextures",
+                          "glReadPixels"};
   EXPECT_EQ(among(log.names(), expected), expected);
   // The host's calls: both worlds before the sliders, the sliders before the read-back's handle.
-  const std::vector<std::string> bracket = {"checkout_layer_pixels", "checkout_output", "checkout_param",
-                                            "HandleSuite.host_new_handle"};
-  EXPECT_EQ(among(host.callNames(), bracket, true), bracket);
-  EXPECT_EQ(host.heldSuites(), 0);
-  EXPECT_EQ(host.liveHandles(), 0);
+  Names names = calls.names();
+  names.erase(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(before));
+  const Names bracket = {"checkout_layer_pixels", "checkout_output", "checkout_param", "HandleSuite.host_new_handle"};
+  EXPECT_EQ(among(names, bracket, true), bracket);
+  EXPECT_EQ(host->heldSuites(), 0);
+  EXPECT_EQ(EffectHost::liveHandles(), 0u);
   EXPECT_TRUE(hostContext.isCurrent());
 }
 
-TEST_F(RenderCommands, SameSizeKeepsFrameBuffersAndANewSizeRemakesThem) {
-  HostDouble host;
-  EffectSession session(host);
-  struct Step {
-    A_long width;
-    int frameBuffers;
-    int renderBuffers;  // the frame's level, and the main render buffer when the size is new
-  };
-  const Step steps[] = {{20, 3, 2}, {20, 0, 1}, {31, 3, 2}, {31, 0, 1}};
-  for (const Step& step : steps) {
-    TestFrames::fill(session.frame(step.width, 10), TestFrames::Kind::SkinGrain);
+// Frame buffers are kept while the size is, and the shader while the blur size is (as a float: a fraction more of
+// the same integer size compiles again); every frame still matches the reference.
+TEST_F(RenderCommands, FrameBuffersFollowTheSizeAndTheShaderTheBlurSize) {
+  const struct {
+    int width;
+    ReferenceSliders sliders;                // blur, range, whiten, redden, pinking
+    int frameBuffers, renderBuffers, links;  // render buffers: the frame's level, and the main one for a new size
+  } steps[] = {{20, {9, 10, 30}, 3, 2, 2},  {20, {9, 10, 30}, 0, 1, 0},  {31, {9, 10, 30}, 3, 2, 0},
+               {31, {11, 10, 30}, 0, 1, 1}, {31, {11, 10, 80}, 0, 1, 0}, {31, {11.4, 10, 80}, 0, 1, 1}};
+  for (const auto& step : steps) {
+    SCOPED_TRACE("width " + std::to_string(step.width) + ", blur " + std::to_string(step.sliders.blur));
     GLCallLog log;
-    ASSERT_EQ(session.render(), PF_Err_NONE);
-    EXPECT_EQ(log.count("glGenFramebuffers"), step.frameBuffers) << "width " << step.width;
-    EXPECT_EQ(log.count("glGenRenderbuffers"), step.renderBuffers) << "width " << step.width;
-    EXPECT_EQ(session.deviation().maximum, 0) << "width " << step.width;
+    EXPECT_EQ(render(TestFrames::Kind::SkinGrain, step.width, 10, step.sliders), 0);
+    EXPECT_EQ(log.count("glGenFramebuffers"), step.frameBuffers);
+    EXPECT_EQ(log.count("glGenRenderbuffers"), step.renderBuffers);
+    EXPECT_EQ(log.count("glLinkProgram"), step.links);
   }
 }
 
-TEST_F(RenderCommands, TheShaderIsRebuiltWhenTheBlurSizeChangesAndOnlyThen) {
-  HostDouble host;
-  EffectSession session(host);
-  struct Step {
-    ReferenceSliders sliders;  // blur, range, whiten, redden, pinking
-    int links;
-    const char* what;
-  };
-  const Step steps[] = {
-      {{9, 10, 30}, 2, "first frame: the skin shader and the last pass"},
-      {{9, 10, 30}, 0, "nothing changed"},
-      {{11, 10, 30}, 1, "a new blur size"},
-      {{11, 10, 30}, 0, "the same new size"},
-      {{11, 10, 80}, 0, "only whitening changed"},
-      {{11.4, 10, 80}, 1, "a fraction more, the same integer size"},
-  };
-  for (const Step& step : steps) {
-    session.setSliders(step.sliders);
-    TestFrames::fill(session.frame(9, 9), TestFrames::Kind::SkinGrain);
+// The skin pass of every draw: the texture on unit 0, then multiplier16bit, skinColorRange, whitening, pinking,
+// redden, and viewSize, which must be the frame's size since the shader samples by fragment position. A new blur
+// size deletes the old program before it makes the new one.
+TEST_F(RenderCommands, EveryDrawSetsTheSlidersAndANewBlurSizeReplacesTheProgram) {
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {9, 12.5, 30, 40, 50}), 0);
+  {
     GLCallLog log;
-    ASSERT_EQ(session.render(), PF_Err_NONE) << step.what;
-    EXPECT_EQ(log.count("glLinkProgram"), step.links) << step.what;
-    EXPECT_EQ(session.deviation().maximum, 0) << step.what;
+    ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {9, 12.5, 30, 40, 50}), 0);
+    const Names uniforms = log.only({"glUniform1i", "glUniform1f", "glUniform2f"});
+    const Names values = {", 0)", "1)", "0.125)", "0.3)", "0.5)", "0.4)", "13, 7)"};
+    ASSERT_GE(uniforms.size(), values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(uniforms[i].compare(uniforms[i].size() - values[i].size(), values[i].size(), values[i]), 0)
+          << uniforms[i];
+    }
   }
+  GLCallLog log;
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {11, 12.5, 30, 40, 50}), 0);
+  const Names order = log.only({"glDeleteProgram", "glCreateShader", "glLinkProgram"});
+  ASSERT_EQ(order.size(), 4u);
+  EXPECT_EQ(order[0].rfind("glDeleteProgram", 0), 0u) << order[0];
+  EXPECT_EQ(order[3].rfind("glLinkProgram", 0), 0u) << order[3];
 }
 
+// The main render buffer first, then the last pass's quad and program, then the skin shader and its quad; the
+// contexts last, and the host gets its own back.
 TEST_F(RenderCommands, GlobalSetdownReleasesFrameBufferObjectsThenTheRenderObject) {
-  HostDouble host;
-  EffectSession session(host);
-  TestFrames::fill(session.frame(8, 6), TestFrames::Kind::SkinGrain);
-  ASSERT_EQ(session.render(), PF_Err_NONE);
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 8, 6), 0);
   const uint32_t mainRenderBuffer = AEOpenglMainFrameBuffer::mainFrameBuffer()->mainRenderBuffer();
   GLCallLog log;
-  ASSERT_EQ(session.setdown(), PF_Err_NONE);
-  // The main render buffer first, then the last pass's quad and program, then the skin shader and its quad.
-  const std::vector<std::string> deleted = {"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram",
-                                            "glDeleteVertexArrays"};
-  EXPECT_EQ(among(log.names(), deleted),
-            (std::vector<std::string>{"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram", "glDeleteProgram",
-                                      "glDeleteBuffers"}));
+  host.reset();
+  const Names deleted = {"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram", "glDeleteVertexArrays"};
+  EXPECT_EQ(among(log.names(), deleted), (Names{"glDeleteRenderbuffers", "glDeleteBuffers", "glDeleteProgram",
+                                                "glDeleteProgram", "glDeleteBuffers"}));
   const std::string first = log.only(deleted).at(0);
   EXPECT_NE(first.find(std::to_string(mainRenderBuffer)), std::string::npos) << first;
-  EXPECT_EQ(AEOpenGLContextManager::getSharedDataContext(), nullptr) << "the contexts go last";
+  EXPECT_EQ(AEOpenGLContextManager::getSharedDataContext(), nullptr);
   EXPECT_TRUE(hostContext.isCurrent());
 }
 
+// Whichever host call fails, the host gets its context back and the effect keeps no texture, render buffer, level,
+// suite or handle; a failed checkout is the host's error, given back before any GL work. An integer thrown half-way
+// (the effect's own failures are thrown so) is given back as 516 the same way: a callback that throws stands in for
+// them where the effect has none of its own. The next frame is whole.
 TEST_F(RenderCommands, AFailureAtAnyStepGivesTheHostItsContextBackAndLeaksNothing) {
-  enum class Fault { Fails, Throws };  // the callback returns `code`, or throws it as an int
-  struct Case {
-    const char* what;
-    Fault fault;
+  const struct {
     const char* callback;
-    int call;  // which call of the callback
-    int code;
-    PF_Err result;
+    int nth;    // which of the frame's calls of it
+    int error;  // 0: the call throws an integer instead
+    bool beforeGL;
+  } cases[] = {
+      {"checkout_layer", 1, PF_Err_OUT_OF_MEMORY, true},
+      {"checkout_layer_pixels", 1, PF_Err_INTERNAL_STRUCT_DAMAGED, true},
+      {"checkout_output", 1, PF_Err_INTERNAL_STRUCT_DAMAGED, true},
+      {"checkout_param", 1, 0, false},
+      {"checkout_param", 2, PF_Err_INVALID_INDEX, false},
+      {"checkin_param", 5, PF_Err_INVALID_INDEX, false},
+      {"get_pixel_data8", 1, 0, false},
+      {"AcquireSuite", 1, kSPSuiteNotFoundError, false},
+      {"HandleSuite.host_new_handle", 1, PF_Err_OUT_OF_MEMORY, false},
   };
-  // A failed checkout is the host's error, given back before any GL work has begun.
-  const Case cases[] = {
-      {"the input checkout fails", Fault::Fails, "checkout_layer_pixels", 1, PF_Err_INTERNAL_STRUCT_DAMAGED,
-       PF_Err_INTERNAL_STRUCT_DAMAGED},
-      {"the output checkout fails", Fault::Fails, "checkout_output", 1, PF_Err_INTERNAL_STRUCT_DAMAGED,
-       PF_Err_INTERNAL_STRUCT_DAMAGED},
-      {"the first slider throws", Fault::Throws, "checkout_param", 1, 7, PF_Err_BAD_CALLBACK_PARAM},
-      {"a slider cannot be read", Fault::Fails, "checkout_param", 2, PF_Err_INVALID_INDEX, PF_Err_INVALID_INDEX},
-      {"the fourth slider throws", Fault::Throws, "checkout_param", 4, 7, PF_Err_BAD_CALLBACK_PARAM},
-      {"a check-in throws", Fault::Throws, "checkin_param", 5, 7, PF_Err_BAD_CALLBACK_PARAM},
-      {"the upload's pixels throw", Fault::Throws, "get_pixel_data8", 1, 7, PF_Err_BAD_CALLBACK_PARAM},
-      {"no handle suite", Fault::Fails, "AcquireSuite", 1, HostDouble::kSuiteNotFound, PF_Err_BAD_CALLBACK_PARAM},
-      {"no handle", Fault::Fails, "HandleSuite.host_new_handle", 1, PF_Err_OUT_OF_MEMORY, PF_Err_BAD_CALLBACK_PARAM},
-      {"a read-back row throws", Fault::Throws, "get_pixel_data8", 3, 7, PF_Err_BAD_CALLBACK_PARAM},
-  };
-  for (const Case& c : cases) {
-    HostDouble host;
-    EffectSession session(host);
-    session.setSliders({1});
-    TestFrames::fill(session.frame(10, 8), TestFrames::Kind::SkinGrain);
-    ASSERT_EQ(session.render(), PF_Err_NONE) << c.what;
-    const LiveObjects before = pluginObjects();
-    host.clearCalls();
-    if (c.fault == Fault::Fails) {
-      host.failCall(c.callback, c.call, c.code);
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 10, 8, {1}), 0);
+  const GLFixture::LiveObjects before = pluginObjects();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.callback) + " call " + std::to_string(c.nth) + (c.error ? " fails" : " throws"));
+    const int nth = calls.count(c.callback) + c.nth;
+    if (c.error) {
+      calls.failCall(c.callback, nth, c.error);
     } else {
-      host.throwIntOnCall(c.callback, c.call, c.code);
+      calls.throwOnCall(c.callback, nth, std::make_exception_ptr(7));
     }
     GLCallLog log;
-    EXPECT_EQ(session.render(), c.result) << c.what;
-    if (c.result == PF_Err_INTERNAL_STRUCT_DAMAGED) {
-      EXPECT_TRUE(log.calls().empty()) << c.what << ": " << log.calls()[0].text();
+    EXPECT_EQ(render(TestFrames::Kind::SkinGrain, 10, 8, {1}), -1);
+    if (c.beforeGL) {
+      EXPECT_TRUE(log.calls().empty()) << log.calls()[0].text();
     }
-    EXPECT_TRUE(hostContext.isCurrent()) << c.what;
-    const LiveObjects after = pluginObjects();
-    EXPECT_EQ(after.textures, before.textures) << c.what;
-    EXPECT_EQ(after.renderbuffers, before.renderbuffers) << c.what;
-    EXPECT_TRUE(AEOpenglMainFrameBuffer::mainFrameBuffer()->renderBufferStack().empty()) << c.what;
-    EXPECT_EQ(host.heldSuites(), 0) << c.what;
-    EXPECT_EQ(host.liveHandles(), 0) << c.what;
-    // And the next frame is whole again.
-    TestFrames::fill(session.frame(10, 8), TestFrames::Kind::HueSweep);
-    EXPECT_EQ(session.render(), PF_Err_NONE) << c.what;
-    EXPECT_EQ(session.deviation().maximum, 0) << c.what << ": the frame after";
+    EXPECT_TRUE(hostContext.isCurrent());
+    const GLFixture::LiveObjects after = pluginObjects();
+    EXPECT_EQ(after.textures, before.textures);
+    EXPECT_EQ(after.renderbuffers, before.renderbuffers);
+    EXPECT_TRUE(AEOpenglMainFrameBuffer::mainFrameBuffer()->renderBufferStack().empty());
+    EXPECT_EQ(host->heldSuites(), 0);
+    EXPECT_EQ(EffectHost::liveHandles(), 0u);
+    EXPECT_EQ(render(TestFrames::Kind::HueSweep, 10, 8, {1}), 0) << "the frame after";
   }
 }
 
+// A second setup within one load, at the size of the frames before the setdown: nothing of the old frame buffers
+// may be taken for ready.
 TEST_F(RenderCommands, SetupAfterSetdownWithinOneLoadRendersAgain) {
-  HostDouble host;
-  EffectSession session(host, false);
-  ASSERT_EQ(session.setup(), PF_Err_NONE);
   EXPECT_TRUE(hostContext.isCurrent()) << "after global setup";
-  TestFrames::fill(session.frame(16, 9), TestFrames::Kind::HueSweep);
-  ASSERT_EQ(session.render(), PF_Err_NONE);
-  ASSERT_EQ(session.setdown(), PF_Err_NONE);
-  ASSERT_EQ(session.setup(), PF_Err_NONE);
-  // The same size as before the setdown: nothing of the old frame buffers may be taken for ready.
-  TestFrames::fill(session.frame(16, 9), TestFrames::Kind::SkinGrain);
-  ASSERT_EQ(session.render(), PF_Err_NONE);
-  const FrameDeviation deviation = session.deviation();
-  EXPECT_EQ(deviation.maximum, 0) << deviation.describe();
+  ASSERT_EQ(render(TestFrames::Kind::HueSweep, 16, 9), 0);
+  host.reset();
+  host = std::make_unique<EffectHost>(EntryPointFunc, &calls);
+  EXPECT_EQ(render(TestFrames::Kind::SkinGrain, 16, 9), 0);
   EXPECT_TRUE(hostContext.isCurrent());
 }
+
+}  // namespace
+}  // namespace Quillmere::Velmira

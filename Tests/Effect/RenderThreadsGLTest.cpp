@@ -7,64 +7,43 @@
 #include <thread>
 #include <vector>
 
-#include "HostDouble.h"
-#include "Support/EffectSession.h"
+#include "Core/EffectHost.h"
+#include "Support/ReferenceRender.h"
 #include "Support/TestFrames.h"
+#include "Velmira.h"
 
-using namespace Quillmere::Velmira;
-
+namespace Quillmere::Velmira {
 namespace {
 
-struct Rendered {
-  PF_Err result = PF_Err_NONE;
-  int deviation = -1;
-  std::vector<std::uint8_t> bytes;
-};
-
-// One frame rendered on this thread, or on a thread of its own joined before the next: the threads take turns, as
-// a host that does not render this effect's frames concurrently would.
-Rendered renderOn(bool newThread, EffectSession& session, HostDouble& host) {
-  Rendered rendered;
-  auto render = [&] {
-    rendered.result = session.render();
-    rendered.deviation = session.deviation().maximum;
-    HostWorld* output = host.outputWorld();
-    const auto* data = reinterpret_cast<const std::uint8_t*>(output->world()->data);
-    rendered.bytes.assign(data, data + static_cast<std::size_t>(output->rowbytes()) * output->height());
-  };
-  if (newThread) {
-    std::thread(render).join();
-  } else {
-    render();
+// Three new threads and the main thread at one size, a fourth context of the share group; then the main thread
+// changes the size, and a new thread and the main thread at the first size again must still be whole. The threads
+// take turns, as a host that does not render this effect's frames concurrently does.
+TEST(RenderThreads, ThreadsRenderingInTurnGiveTheSamePixelsAcrossSizeChangesOnAnother) {
+  EffectHost host(EntryPointFunc);
+  const struct {
+    int width, height;
+    bool newThread;
+  } steps[] = {{40, 30, true},  {40, 30, true}, {40, 30, true}, {40, 30, false},
+               {17, 33, false}, {40, 30, true}, {40, 30, false}};
+  std::vector<std::uint8_t> first;
+  for (std::size_t i = 0; i < std::size(steps); ++i) {
+    SCOPED_TRACE("render " + std::to_string(i));
+    ArgbFrame input, output;
+    TestFrames::make(input, TestFrames::Kind::SkinGrain, steps[i].width, steps[i].height);
+    output.allocate(steps[i].width, steps[i].height);
+    auto render = [&] { host.render(input, output, FrameTime{}); };
+    if (steps[i].newThread) {
+      std::thread(render).join();
+    } else {
+      render();
+    }
+    EXPECT_EQ(ReferenceRender(ReferenceSliders{}).render(input).compare(output).maximum, 0);
+    std::vector<std::uint8_t> bytes(output.row(0), output.row(0) + output.rowBytes() * output.height());
+    if (steps[i].width != 40) continue;
+    if (first.empty()) first = bytes;
+    EXPECT_TRUE(bytes == first) << "differs from the first";
   }
-  return rendered;
 }
 
 }  // namespace
-
-TEST(RenderThreads, ThreadsRenderingInTurnGiveTheSamePixelsAcrossSizeChangesOnAnother) {
-  HostDouble host;
-  EffectSession session(host);
-  struct Step {
-    A_long width, height;
-    bool newThread;
-  };
-  // Three new threads and the main thread at one size, a fourth context of the share group; then the main thread
-  // changes the size, and a new thread and the main thread at the first size again must still be whole.
-  const Step steps[] = {{40, 30, true},  {40, 30, true}, {40, 30, true}, {40, 30, false},
-                        {17, 33, false}, {40, 30, true}, {40, 30, false}};
-  std::vector<std::uint8_t> first;
-  for (std::size_t i = 0; i < std::size(steps); ++i) {
-    const Step& step = steps[i];
-    TestFrames::fill(session.frame(step.width, step.height, 0, step.width * 4 + 8), TestFrames::Kind::SkinGrain);
-    const Rendered rendered = renderOn(step.newThread, session, host);
-    EXPECT_EQ(rendered.result, PF_Err_NONE) << "render " << i;
-    EXPECT_EQ(rendered.deviation, 0) << "render " << i;
-    if (step.width == 40) {
-      if (first.empty()) {
-        first = rendered.bytes;
-      }
-      EXPECT_TRUE(rendered.bytes == first) << "render " << i << " differs from the first";
-    }
-  }
-}
+}  // namespace Quillmere::Velmira

@@ -46,6 +46,14 @@ std::vector<GLCallLog::Call> GLCallLog::calls() const {
   return mCalls;
 }
 
+std::vector<GLCallLog::Call> GLCallLog::callsOf(const std::string& name) const {
+  std::vector<Call> result;
+  for (const Call& call : calls()) {
+    if (call.name == name) result.push_back(call);
+  }
+  return result;
+}
+
 std::vector<std::string> GLCallLog::names() const {
   std::vector<std::string> result;
   for (const Call& call : calls()) {
@@ -64,9 +72,6 @@ std::vector<std::string> GLCallLog::only(const std::vector<std::string>& wanted)
   return result;
 }
 
-int GLCallLog::count(const std::string& name) const {
-  std::vector<std::string> all = names();
-  return static_cast<int>(std::count(all.begin(), all.end(), name));
-}
+int GLCallLog::count(const std::string& name) const { return static_cast<int>(callsOf(name).size()); }
 
 }  // namespace Quillmere::Velmira

@@ -1,30 +1,36 @@
 #include "Support/HostGLContext.h"
 
+#include <EGL/egl.h>
+
 #include "CGLCurrent.h"
-#include "NSOpenGLContext.h"
-#include "NSOpenGLPixelFormat.h"
+#include "EglDisplay.h"
 
 namespace Quillmere::Velmira {
 
-HostGLContext::HostGLContext() {
-  const NSOpenGLPixelFormatAttribute words[] = {NSOpenGLPFAColorSize, 24, NSOpenGLPFAOpenGLProfile,
-                                                NSOpenGLProfileVersion3_2Core, 0};
-  NSOpenGLPixelFormat* format = NSOpenGLPixelFormat::initWithAttributes(words);
-  mContext = NSOpenGLContext::initWithFormat(format, nullptr);
-  format->release();
+namespace {
+
+EGLContext makeContext() {
+  eglBindAPI(EGL_OPENGL_API);
+  const EGLint wanted[] = {EGL_SURFACE_TYPE, 0, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_NONE};
+  EGLConfig config = nullptr;
+  EGLint found = 0;
+  eglChooseConfig(EglDisplay::display(), wanted, &config, 1, &found);
+  return found > 0 ? eglCreateContext(EglDisplay::display(), config, EGL_NO_CONTEXT, nullptr) : EGL_NO_CONTEXT;
 }
+
+}  // namespace
+
+HostGLContext::HostGLContext() : mContext(makeContext()) {}
 
 HostGLContext::~HostGLContext() {
-  if (isCurrent()) {
-    NSOpenGLContext::clearCurrentContext();
-  }
-  mContext->release();
+  if (isCurrent()) CGLSetCurrentContext(nullptr);
+  eglDestroyContext(EglDisplay::display(), mContext);
 }
 
-void HostGLContext::makeCurrent() { mContext->makeCurrentContext(); }
+void HostGLContext::makeCurrent() { CGLSetCurrentContext(cglContext()); }
 
-bool HostGLContext::isCurrent() const { return CGLGetCurrentContext() == mContext->CGLContextObj(); }
+bool HostGLContext::isCurrent() const { return CGLGetCurrentContext() == cglContext(); }
 
-CGLContextObj HostGLContext::cglContext() const { return mContext->CGLContextObj(); }
+CGLContextObj HostGLContext::cglContext() const { return reinterpret_cast<CGLContextObj>(mContext); }
 
 }  // namespace Quillmere::Velmira

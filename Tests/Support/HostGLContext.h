@@ -4,10 +4,9 @@
 
 namespace Quillmere::Velmira {
 
-class NSOpenGLContext;
-
-// A GL context playing the host's own (After Effects keeps one current on the threads it calls the plug-in on),
-// outside the plug-in's share group, so a test can see that every command hands the thread back with it current.
+// A context as a host makes it: with EGL alone (no NSOpenGLContext wraps it) and outside the plug-in's share group.
+// After Effects keeps one current on the threads it calls the plug-in on, so a test can see that every command hands
+// the thread back with it current.
 class HostGLContext {
 public:
   HostGLContext();
@@ -20,7 +19,7 @@ public:
   CGLContextObj cglContext() const;
 
 private:
-  NSOpenGLContext* mContext;
+  void* mContext;  // an EGLContext
 };
 
 }  // namespace Quillmere::Velmira

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "Core/ArgbFrame.h"
 #include "Support/FrameDeviation.h"
 
 namespace Quillmere::Velmira {
@@ -29,6 +30,7 @@ public:
 
   // A rendered frame in host layout (rows rowbytes apart) against the bands.
   FrameDeviation compare(const std::uint8_t* argb, std::size_t rowbytes) const;
+  FrameDeviation compare(const ArgbFrame& frame) const { return compare(frame.row(0), frame.rowBytes()); }
 
 private:
   int mWidth;

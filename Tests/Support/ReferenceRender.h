@@ -20,6 +20,9 @@ public:
 
   // argb: the host's frame, rows rowbytes apart, pixels alpha, red, green, blue.
   ReferenceFrame render(const std::uint8_t* argb, int width, int height, std::size_t rowbytes) const;
+  ReferenceFrame render(const ArgbFrame& frame) const {
+    return render(frame.row(0), frame.width(), frame.height(), frame.rowBytes());
+  }
 
   // How far a value may move before 8-bit storage and still count as the same maths: float arithmetic on a GPU
   // (sums over up to 841 taps, exp and sqrt of limited precision) stays well inside this, about 1/40 of a level.

@@ -67,25 +67,25 @@ PF_Pixel8 withGrain(PF_Pixel8 pixel, int x, int y, int amplitude) {
   return pixel;
 }
 
-PF_Pixel8 hueSweep(const HostWorld& world, int x, int y) {
+PF_Pixel8 hueSweep(const ArgbFrame& world, int x, int y) {
   const double across = world.width() > 1 ? static_cast<double>(x) / (world.width() - 1) : 0.0;
   const double down = world.height() > 1 ? static_cast<double>(y) / (world.height() - 1) : 0.0;
   // From hue -0.15 to 0.25: the skin hue 0.05 sits in the middle, and the band wraps past red.
   return withGrain(fromHsv(-0.15 + 0.4 * across, 0.55, 0.35 + 0.6 * down, 255), x, y, 6);
 }
 
-PF_Pixel8 alphaRamp(const HostWorld& world, int x, int y) {
+PF_Pixel8 alphaRamp(const ArgbFrame& world, int x, int y) {
   const int alpha = world.width() > 1 ? (x * 255) / (world.width() - 1) : 255;
   return withGrain(fromHsv(0.06, 0.45, 0.8, static_cast<A_u_char>(alpha)), x, y, 10);
 }
 
-PF_Pixel8 topBottom(const HostWorld& world, int, int y) {
+PF_Pixel8 topBottom(const ArgbFrame& world, int, int y) {
   // Moderate colours: full reddening extrapolates saturation, and a pure colour would leave the range where the
   // effect's maths is defined.
   return y < world.height() / 2 ? PF_Pixel8{255, 230, 150, 120} : PF_Pixel8{255, 60, 90, 200};
 }
 
-PF_Pixel8 skinGrain(const HostWorld& world, int x, int y) {
+PF_Pixel8 skinGrain(const ArgbFrame& world, int x, int y) {
   const bool edge = (x / 9 + y / 13) % 4 == 0;
   const double hue = edge ? 0.6 : 0.04 + 0.03 * std::sin(x * 0.11) * std::cos(y * 0.07);
   (void)world;
@@ -94,24 +94,17 @@ PF_Pixel8 skinGrain(const HostWorld& world, int x, int y) {
 
 }  // namespace
 
-void TestFrames::fill(HostWorld& world, Kind kind) {
-  for (int y = 0; y < world.height(); ++y) {
-    for (int x = 0; x < world.width(); ++x) {
+void TestFrames::make(ArgbFrame& frame, Kind kind, int width, int height, std::size_t alignment) {
+  frame.allocate(width, height, alignment);
+  for (int y = 0; y < height; ++y) {
+    auto* row = reinterpret_cast<PF_Pixel8*>(frame.row(y));
+    for (int x = 0; x < width; ++x) {
       switch (kind) {
-        case Kind::HueSweep: world.pixel(x, y) = hueSweep(world, x, y); break;
-        case Kind::AlphaRamp: world.pixel(x, y) = alphaRamp(world, x, y); break;
-        case Kind::TopBottom: world.pixel(x, y) = topBottom(world, x, y); break;
-        case Kind::SkinGrain: world.pixel(x, y) = skinGrain(world, x, y); break;
+        case Kind::HueSweep: row[x] = hueSweep(frame, x, y); break;
+        case Kind::AlphaRamp: row[x] = alphaRamp(frame, x, y); break;
+        case Kind::TopBottom: row[x] = topBottom(frame, x, y); break;
+        case Kind::SkinGrain: row[x] = skinGrain(frame, x, y); break;
       }
-    }
-  }
-}
-
-void TestFrames::copy(const DecodedImage& image, HostWorld& world) {
-  for (int y = 0; y < std::min(image.height, static_cast<int>(world.height())); ++y) {
-    for (int x = 0; x < std::min(image.width, static_cast<int>(world.width())); ++x) {
-      const std::uint8_t* p = &image.argb[(static_cast<std::size_t>(y) * image.width + x) * 4];
-      world.pixel(x, y) = PF_Pixel8{p[0], p[1], p[2], p[3]};
     }
   }
 }

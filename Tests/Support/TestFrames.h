@@ -2,12 +2,11 @@
 
 #include <string>
 
-#include "HostWorld.h"
-#include "Support/DecodedImage.h"
+#include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
 
-// Synthetic frames that put the effect's conventions under strain, written into a host world (padding untouched).
+// Synthetic frames that put the effect's conventions under strain, written into a frame (padding untouched).
 class TestFrames {
 public:
   enum class Kind {
@@ -17,8 +16,9 @@ public:
     SkinGrain,  // skin tones with grain and a few hard edges, opaque
   };
 
-  static void fill(HostWorld& world, Kind kind);
-  static void copy(const DecodedImage& image, HostWorld& world);
+  // Sizes the frame (rows padded to `alignment`) and fills it.
+  static void make(ArgbFrame& frame, Kind kind, int width, int height,
+                   std::size_t alignment = ArgbFrame::kRowAlignment);
   static std::string name(Kind kind);
 };
 

@@ -1,11 +1,14 @@
+// The velmira command as a person types it, one run a line: the arguments, the exit code, and a fragment of what it
+// must print (on standard output for a success, on standard error otherwise). After every run the inputs are as they
+// were, and so is an output that a failed run was given; no temporary file is left behind.
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "Core/EffectHost.h"
+#include "Core/GLLimits.h"
+#include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
 #include "VelmiraRun.h"
 
@@ -14,150 +17,138 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+struct Case {
+  std::vector<std::string> arguments;
+  int exitCode;
+  std::string shown;  // on stdout after a success, on stderr after a failure
+};
 
-TEST(VelmiraCommandLine, EveryVerbAnswersHelp) {
-  MediaFixtures fixtures;
-  const std::vector<std::vector<std::string>> invocations = {
-      {"--help"}, {"about", "--help"}, {"params", "--help"}, {"render", "--help"}, {"mask", "--help"}};
-  for (const auto& arguments : invocations) {
-    VelmiraRun run = VelmiraRun::run(arguments, fixtures.folder());
-    std::string shown = arguments.size() > 1 ? arguments[0] + " --help" : "--help";
-    EXPECT_EQ(run.exitCode, 0) << shown << ": " << run.err;
-    EXPECT_TRUE(contains(run.out, "Usage:")) << shown << " printed: " << run.out;
-  }
-  // The slider flags of render come from the plug-in, with their ranges in the help.
-  VelmiraRun render = VelmiraRun::run({"render", "--help"}, fixtures.folder());
-  EXPECT_TRUE(contains(render.out, "--skin-blur-range")) << render.out;
-  EXPECT_TRUE(contains(render.out, "Skin Blur: 0 to 30, default 9")) << render.out;
-}
-
-// Columns are set apart by two blanks or more; a single blank belongs to the text.
-std::vector<std::string> columnsOf(const std::string& line) {
-  std::vector<std::string> columns;
-  std::string::size_type at = 0;
-  while (at < line.size()) {
-    auto gap = line.find("  ", at);
-    if (gap == std::string::npos) gap = line.size();
-    if (gap > at) columns.push_back(line.substr(at, gap - at));
-    at = line.find_first_not_of(' ', gap);
-    if (at == std::string::npos) break;
-  }
-  return columns;
-}
-
-std::string fixed(double value, int decimals, bool percent) {
-  std::ostringstream text;
-  text.setf(std::ios::fixed);
-  text.precision(decimals);
-  text << value;
-  return text.str() + (percent ? " %" : "");
-}
-
-// The table is checked against the records the plug-in hands to add_param in this very
-// process, field by field, so it cannot drift from what the effect registers.
-TEST(VelmiraCommandLine, ParamsListsExactlyTheSlidersThePluginRegisters) {
-  MediaFixtures fixtures;
-  VelmiraRun run = VelmiraRun::run({"params"}, fixtures.folder());
-  ASSERT_EQ(run.exitCode, 0) << run.err;
-  std::istringstream lines(run.out);
-  std::string line;
-  std::getline(lines, line);  // the heading
-  EffectHost host(VELMIRA_PLUGIN);
-  ASSERT_EQ(host.sliders().size(), 5u);
-  for (const SliderDefinition& slider : host.sliders()) {
-    ASSERT_TRUE(std::getline(lines, line)) << "no row for " << slider.name;
-    const PF_FloatSliderDef& def = slider.def.u.fs_d;
-    bool percent = def.display_flags & PF_ValueDisplayFlag_PERCENT;
-    std::vector<std::string> columns = columnsOf(line);
-    ASSERT_EQ(columns.size(), 6u) << line;
-    EXPECT_EQ(columns[0], slider.def.name);
-    EXPECT_EQ(columns[1], "--" + slider.flagName());
-    EXPECT_EQ(columns[2], fixed(def.value, def.precision, percent)) << slider.name << " default";
-    EXPECT_EQ(columns[3],
-              fixed(def.valid_min, def.precision, false) + " to " + fixed(def.valid_max, def.precision, percent))
-        << slider.name << " valid range";
-    EXPECT_EQ(columns[4],
-              fixed(def.slider_min, def.precision, false) + " to " + fixed(def.slider_max, def.precision, percent))
-        << slider.name << " slider range";
-    EXPECT_EQ(contains(columns[5], "percent"), percent) << slider.name << " units: " << columns[5];
-  }
-  EXPECT_FALSE(std::getline(lines, line)) << "a row for no registered slider: " << line;
-}
-
-TEST(VelmiraCommandLine, AboutPrintsTheEffectsTextWithItsBreakAsANewLine) {
-  MediaFixtures fixtures;
-  VelmiraRun run = VelmiraRun::run({"about"}, fixtures.folder());
-  EXPECT_EQ(run.exitCode, 0) << run.err;
-  EXPECT_EQ(run.out, "Velmira v1.0\nVelmira\n");
-}
-
-// A copy of the plug-in whose property list has one line changed.
+// A copy of the plug-in whose property list has one line changed (or is missing).
 std::string pluginWithList(const MediaFixtures& fixtures, const std::string& name, const std::string& from,
                            const std::string& to) {
   fs::path folder = fs::path(fixtures.folder()) / name;
   fs::create_directories(folder);
   fs::copy_file(VELMIRA_PLUGIN, folder / "Velmira.so");
   std::string list = readFile(fs::path(VELMIRA_PLUGIN).replace_extension(".pipl").string());
-  if (!from.empty()) {
-    auto at = list.find(from);
-    EXPECT_NE(at, std::string::npos) << "the property list has no line " << from;
-    list.replace(at, from.size(), to);
-  }
-  if (name != "missing") writeFile((folder / "Velmira.pipl").string(), list);
+  if (from.empty()) return (folder / "Velmira.so").string();
+  auto at = list.find(from);
+  EXPECT_NE(at, std::string::npos) << "the property list has no line " << from;
+  writeFile((folder / "Velmira.pipl").string(), list.replace(at, from.size(), to));
   return (folder / "Velmira.so").string();
 }
 
-TEST(VelmiraCommandLine, PluginThatDisagreesWithItsPropertyListIsRefused) {
+TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   MediaFixtures fixtures;
-  struct Case {
-    const char* name;
-    const char* from;
-    const char* to;
-    const char* messagePart;
-  } cases[] = {
-      {"version", "Version = 0x80001", "Version = 0x80002",
-       "the list declares version 0x80002, flags 0x0 and 0x400, but global setup declared version 0x80001"},
-      {"flags", "OutFlags = 0", "OutFlags = 0x2000000", "flags 0x2000000 and 0x400"},
-      {"flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400", "flags 0x0 and 0x1400"},
-      {"entry", "EntryPoint = EntryPointFunc", "EntryPoint = PluginMain", "has no entry 'PluginMain'"},
-      {"nokey", "MatchName = Quillmere Velmira", "", "has no 'MatchName'"},
-      {"missing", "", "", "cannot read the plug-in's property list"},
-  };
-  for (const auto& c : cases) {
-    std::string plugin = pluginWithList(fixtures, c.name, c.from, c.to);
-    VelmiraRun run = VelmiraRun::run({"--plugin", plugin, "about"}, fixtures.folder());
-    EXPECT_EQ(run.exitCode, 1) << c.name << ": " << run.err;
-    EXPECT_TRUE(contains(run.err, c.messagePart)) << c.name << " said: " << run.err;
-    EXPECT_TRUE(run.out.empty()) << c.name << " printed " << run.out;
-  }
-}
+  const std::string picture = fixtures.makePicture({"p.png"});
+  const std::string video = fixtures.makeVideo({});  // 10 frames
+  fixtures.makeSequence("seq/f_%d.png", 7, 3, 24, 16);
+  fixtures.makePicture({"f_0000.png"});
+  fs::create_symlink("p.png", fixtures.path("link.png"));
+  fs::create_hard_link(picture, fixtures.path("hard.png"));
+  fixtures.makePicture({"wide.png", GLLimits::maxTextureSize() + 1, 2});
+  fixtures.makeTruncated(picture, "half.png");
+  fixtures.makeTruncated(video, "half.mp4", 0.3);
+  fixtures.makeCorrupt(video, "noise.mp4");
+  writeFile(fixtures.path("notes.png"), "these are not pixels\n");
+  writeFile(fixtures.path("empty.png"), "");
+  fs::create_directories(fixtures.path("folder.png"));
+  const std::string kept = "kept.png";
 
-TEST(VelmiraCommandLine, UsageErrorsExitWithTwoAndSayWhatIsWrong) {
-  MediaFixtures fixtures;
-  std::string picture = fixtures.makePicture({});
-  struct Case {
-    std::vector<std::string> arguments;
-    const char* messagePart;
-  } cases[] = {
-      {{"render", picture, "-o", "a.png", "--skin-whiten", "120"},
+  const Case cases[] = {
+      {{"--help"}, 0, "Usage:"},
+      {{"about", "--help"}, 0, "Usage:"},
+      {{"params", "--help"}, 0, "Usage:"},
+      {{"mask", "--help"}, 0, "--skin-blur-range"},
+      // The slider flags of render come from the plug-in, with their ranges in the help.
+      {{"render", "--help"}, 0, "Skin Blur: 0 to 30, default 9 (whole numbers; the slider shows 0 to 300)"},
+      {{"about"}, 0, "Velmira v1.0\nVelmira\n"},
+      {{"params"},
+       0,
+       "\nSkin Blur         --skin-blur         9         0 to 30           0 to 300          whole numbers\n"},
+      {{"params"},
+       0,
+       "\nSkin Whiten       --skin-whiten       30.0 %    0.0 to 100.0 %    0.0 to 100.0 %    percent, in tenths\n"},
+      // Usage errors: exit 2, before anything is read or written.
+      {{"render", "p.png", "-o", kept, "--skin-whiten", "120"},
+       2,
        "--skin-whiten: Skin Whiten: 120 is outside its valid range 0 to 100 %"},
-      {{"render", picture, "-o", "a.png", "--skin-blur", "0@0,31@1"},
+      {{"render", "p.png", "-o", kept, "--skin-blur", "0@0,31@1"},
+       2,
        "Skin Blur: 31 is outside its valid range 0 to 30"},
-      {{"render", picture, "-o", "a.png", "--skin-redden", "5@x"}, "--skin-redden 5@x: 'x' is not a number"},
-      {{"render", picture, "-o", "a.png", "--frames", "9-3"}, "--frames: frame range '9-3' ends before it starts"},
-      {{"render", picture, "-o", "a.png", "--bogus"}, "--bogus"},
-      {{"render", picture, "-o", picture}, "is the input; velmira never writes over its input"},
-      {{"mask", picture}, "--output is required"},
-      {{"mask", picture, "-o", "m.png", "--skin-whiten", "5"}, "--skin-whiten"},
-      {{"paint"}, "subcommand"},
+      {{"render", "p.png", "-o", kept, "--skin-redden", "5@x"}, 2, "--skin-redden 5@x: 'x' is not a number"},
+      {{"render", "p.png", "-o", kept, "--frames", "9-3"}, 2, "--frames: '9-3' ends before it starts"},
+      {{"render", "p.png", "-o", kept, "--frames", "3-x"}, 2, "--frames: '3-x' is not a frame range A-B"},
+      {{"render", "p.png", "-o", kept, "--bogus"}, 2, "--bogus"},
+      {{"render", video, "-o", kept, "--compare", "c.png", "--compare-frame", "50", "--frames", "0-3"},
+       2,
+       "--compare-frame 50 lies outside --frames 0-3"},
+      {{"mask", "p.png"}, 2, "--output is required"},
+      {{"mask", "p.png", "-o", kept, "--skin-whiten", "5"}, 2, "--skin-whiten"},
+      {{"paint"}, 2, "subcommand"},
+      // No output ever writes over an input, whatever name it goes by.
+      {{"render", "p.png", "-o", "p.png"}, 2, "p.png is the input; velmira never writes over its input"},
+      {{"render", "p.png", "-o", "link.png"}, 2, "link.png is the input (p.png under another name)"},
+      {{"render", "p.png", "-o", "hard.png"}, 2, "hard.png is the input (p.png under another name)"},
+      {{"render", "seq/f_%d.png", "-o", "seq/f_%01d.png"}, 2, "seq/f_7.png is the input"},
+      {{"render", "f_0000.png", "-o", "f_%04d.png"}, 2, "f_0000.png is the input"},
+      {{"render", "p.png", "-o", kept, "--compare", "p.png"}, 2, "p.png is the input"},
+      {{"render", "p.png", "-o", "new.png", "--compare", "./new.png"}, 2, "--compare ./new.png is also the output"},
+      // Failures: exit 1, naming the file.
+      {{"render", "absent.png", "-o", kept}, 1, "absent.png"},
+      {{"render", "half.png", "-o", kept}, 1, "half.png"},
+      {{"render", "half.mp4", "-o", kept}, 1, "half.mp4"},
+      {{"render", "noise.mp4", "-o", kept}, 1, "noise.mp4"},
+      {{"render", "notes.png", "-o", kept}, 1, "notes.png"},
+      {{"render", "empty.png", "-o", kept}, 1, "empty.png"},
+      {{"render", "folder.png", "-o", kept}, 1, "folder.png"},
+      {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
+      {{"render", "p.png", "-o", "no/such/folder/out.png"}, 1, "out.png"},
+      {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
+      // A plug-in that disagrees with its property list is refused.
+      {{"--plugin", pluginWithList(fixtures, "version", "Version = 0x80001", "Version = 0x80002"), "about"},
+       1,
+       "the list declares version 0x80002, flags 0x0 and 0x400, but global setup declared version 0x80001"},
+      {{"--plugin", pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000"), "about"},
+       1,
+       "flags 0x2000000 and 0x400"},
+      {{"--plugin", pluginWithList(fixtures, "flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400"), "about"},
+       1,
+       "flags 0x0 and 0x1400"},
+      {{"--plugin", pluginWithList(fixtures, "entry", "EntryPoint = EntryPointFunc", "EntryPoint = PluginMain"),
+        "about"},
+       1,
+       "has no entry 'PluginMain'"},
+      {{"--plugin", pluginWithList(fixtures, "nokey", "MatchName = Quillmere Velmira", ""), "about"},
+       1,
+       "has no 'MatchName'"},
+      {{"--plugin", pluginWithList(fixtures, "missing", "", ""), "about"},
+       1,
+       "cannot read the plug-in's property list"},
   };
-  for (const auto& c : cases) {
-    VelmiraRun run = VelmiraRun::run(c.arguments, fixtures.folder());
-    EXPECT_EQ(run.exitCode, 2) << c.arguments.back() << ": " << run.err;
-    EXPECT_TRUE(contains(run.err, c.messagePart)) << c.arguments.back() << " said: " << run.err;
+  const std::vector<std::string> inputs = {picture, video, fixtures.path("seq/f_7.png"), fixtures.path("f_0000.png")};
+  std::vector<std::string> before;
+  for (const std::string& input : inputs) before.push_back(readFile(input));
+  for (const Case& run : cases) {
+    std::string line;
+    for (const std::string& argument : run.arguments) line += " " + fs::path(argument).filename().string();
+    SCOPED_TRACE("velmira" + line);
+    writeFile(fixtures.path(kept), "an earlier result");
+    VelmiraRun result = VelmiraRun::run(run.arguments, fixtures.folder());
+    EXPECT_EQ(result.exitCode, run.exitCode) << result.err;
+    const std::string& shown = run.exitCode == 0 ? result.out : result.err;
+    EXPECT_NE(shown.find(run.shown), std::string::npos) << "printed: " << shown;
+    if (run.exitCode != 0) {
+      EXPECT_TRUE(result.out.empty()) << "printed a result: " << result.out;
+    }
+    EXPECT_EQ(readFile(fixtures.path(kept)), "an earlier result") << "the existing output was touched";
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+      EXPECT_EQ(readFile(inputs[i]), before[i]) << inputs[i] << " was written";
+    for (const auto& entry : fs::recursive_directory_iterator(fixtures.folder())) {
+      EXPECT_EQ(entry.path().string().find(".partial"), std::string::npos) << "left behind: " << entry.path();
+    }
   }
-  EXPECT_FALSE(fs::exists(fs::path(fixtures.folder()) / "a.png")) << "a refused render wrote its output";
+  EXPECT_FALSE(fs::exists(fixtures.path("late.mp4")));
+  EXPECT_FALSE(fs::exists(fixtures.path("new.png")));
 }
 
 }  // namespace

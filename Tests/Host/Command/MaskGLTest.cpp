@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
 #include "Support/SkinTest.h"
 #include "VelmiraRun.h"
@@ -21,14 +22,14 @@ TEST(VelmiraMask, WhiteExactlyWhereTheReferenceSkinTestBlurs) {
     ASSERT_EQ(run.exitCode, 0) << run.err;
     ArgbFrame portrait = readFrames(VELMIRA_SAMPLE).front();
     ArgbFrame mask = readFrames(fixtures.path("mask.png")).front();
-    ASSERT_EQ(mask.width, portrait.width);
-    ASSERT_EQ(mask.height, portrait.height);
+    ASSERT_EQ(mask.width(), portrait.width());
+    ASSERT_EQ(mask.height(), portrait.height());
     long blurred = 0, wrong = 0;
     std::string firstWrong;
-    for (int y = 0; y < portrait.height; ++y) {
-      for (int x = 0; x < portrait.width; ++x) {
-        const std::uint8_t* in = pixelAt(portrait, x, y);
-        const std::uint8_t* out = pixelAt(mask, x, y);
+    for (int y = 0; y < portrait.height(); ++y) {
+      for (int x = 0; x < portrait.width(); ++x) {
+        const std::uint8_t* in = portrait.row(y) + x * 4;
+        const std::uint8_t* out = mask.row(y) + x * 4;
         SkinDecision decision = SkinTest::decide(in[1], in[2], in[3], rangePercent);
         bool white = out[1] == 255 && out[2] == 255 && out[3] == 255;
         bool black = out[1] == 0 && out[2] == 0 && out[3] == 0;

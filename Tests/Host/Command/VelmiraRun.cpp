@@ -3,10 +3,8 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
-#include "Media/MediaReader.h"
+#include "Support/MediaFiles.h"
 
 namespace Quillmere::Velmira {
 
@@ -34,25 +32,5 @@ VelmiraRun VelmiraRun::run(const std::vector<std::string>& arguments, const std:
   std::remove(errPath.c_str());
   return run;
 }
-
-std::vector<ArgbFrame> readFrames(const std::string& path, MediaInfo* info) {
-  MediaReader reader(path);
-  if (info) *info = reader.info();
-  std::vector<ArgbFrame> frames;
-  ArgbFrame frame;
-  while (reader.read(frame)) frames.push_back(frame);
-  return frames;
-}
-
-const std::uint8_t* pixelAt(const ArgbFrame& frame, int x, int y) { return frame.row(y) + x * 4; }
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
-
-void writeFile(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
 }  // namespace Quillmere::Velmira

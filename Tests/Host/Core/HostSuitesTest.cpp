@@ -5,41 +5,44 @@
 
 #include "AE_EffectSuites.h"
 #include "AE_GeneralPlug.h"
-#include "Core/HostHandles.h"
-#include "Core/MemoryHandles.h"
+#include "Core/EffectHost.h"
 #include "Core/ScriptlessUtility.h"
-#include "Core/SuiteBroker.h"
 #include "Helper/ScriptHelper.h"
+#include "Support/NoEffect.h"
 
 namespace Quillmere::Velmira {
 namespace {
 
-template <typename Suite>
-const Suite* acquire(const char* name, int32_t version) {
-  const void* suite = nullptr;
-  SPErr err = SuiteBroker::basicSuite()->AcquireSuite(name, version, &suite);
-  EXPECT_EQ(err, kSPNoError) << name << " v" << version;
-  return static_cast<const Suite*>(suite);
-}
+// The host's suites, as an effect gets them: through the basic suite in in_data.
+class HostSuites : public ::testing::Test {
+protected:
+  template <typename Suite>
+  const Suite* acquire(const char* name, int32_t version) {
+    const void* suite = nullptr;
+    SPErr err = basic->AcquireSuite(name, version, &suite);
+    EXPECT_EQ(err, kSPNoError) << name << " v" << version;
+    return static_cast<const Suite*>(suite);
+  }
 
-TEST(SuiteBroker, CountsEveryAcquireUntilItsRelease) {
-  SPBasicSuite* basic = SuiteBroker::basicSuite();
-  std::size_t before = SuiteBroker::heldCount();
+  EffectHost host{NoEffect};
+  SPBasicSuite* basic = host.inData().pica_basicP;
+};
+
+TEST_F(HostSuites, CountsEveryAcquireUntilItsRelease) {
   acquire<PF_HandleSuite1>(kPFHandleSuite, kPFHandleSuiteVersion1);
   acquire<PF_HandleSuite1>(kPFHandleSuite, kPFHandleSuiteVersion1);
   acquire<AEGP_MemorySuite1>(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-  EXPECT_EQ(SuiteBroker::heldCount(), before + 3);
-  EXPECT_EQ(SuiteBroker::heldCount(kPFHandleSuite, 2), 2u);
+  EXPECT_EQ(host.heldSuites(), 3);
   EXPECT_EQ(basic->ReleaseSuite(kPFHandleSuite, 2), kSPNoError);
   EXPECT_EQ(basic->ReleaseSuite(kPFHandleSuite, 2), kSPNoError);
   EXPECT_EQ(basic->ReleaseSuite(kAEGPMemorySuite, 1), kSPNoError);
-  EXPECT_EQ(SuiteBroker::heldCount(), before);
+  EXPECT_EQ(host.heldSuites(), 0);
   // A release with nothing held is an error, not a negative count.
   EXPECT_EQ(basic->ReleaseSuite(kPFHandleSuite, 2), kSPSuiteNotFoundError);
-  EXPECT_EQ(SuiteBroker::heldCount(), before);
+  EXPECT_EQ(host.heldSuites(), 0);
 }
 
-TEST(SuiteBroker, OffersEachSuiteOnlyUnderItsPublishedVersion) {
+TEST_F(HostSuites, OffersEachSuiteOnlyUnderItsPublishedVersion) {
   struct Case {
     const char* name;
     int32_t version;
@@ -49,20 +52,20 @@ TEST(SuiteBroker, OffersEachSuiteOnlyUnderItsPublishedVersion) {
                {"AEGP Memory Suite", 1, true},     {"DRAWBOT Draw Suite", 1, false}};
   for (const auto& c : cases) {
     const void* suite = reinterpret_cast<const void*>(0x1);
-    SPErr err = SuiteBroker::basicSuite()->AcquireSuite(c.name, c.version, &suite);
+    SPErr err = basic->AcquireSuite(c.name, c.version, &suite);
     EXPECT_EQ(err == kSPNoError, c.offered) << c.name << " v" << c.version << " gave " << err;
     EXPECT_EQ(suite != nullptr, c.offered) << c.name << " v" << c.version;
-    if (err == kSPNoError) SuiteBroker::basicSuite()->ReleaseSuite(c.name, c.version);
+    if (err == kSPNoError) basic->ReleaseSuite(c.name, c.version);
   }
-  EXPECT_EQ(SuiteBroker::heldCount(), 0u);
+  EXPECT_EQ(host.heldSuites(), 0);
 }
 
-TEST(HostHandles, HandlesAreZeroedResizableAndCounted) {
+TEST_F(HostSuites, HandlesAreZeroedResizableAndCounted) {
   const auto* suite = acquire<PF_HandleSuite1>(kPFHandleSuite, kPFHandleSuiteVersion1);
-  std::size_t before = HostHandles::liveCount();
+  std::size_t before = EffectHost::liveHandles();
   PF_Handle handle = suite->host_new_handle(16);
   ASSERT_NE(handle, nullptr);
-  EXPECT_EQ(HostHandles::liveCount(), before + 1);
+  EXPECT_EQ(EffectHost::liveHandles(), before + 1);
   auto* bytes = static_cast<unsigned char*>(suite->host_lock_handle(handle));
   EXPECT_EQ(bytes, *handle) << "a PF_Handle points at its block's pointer";
   for (int i = 0; i < 16; ++i) EXPECT_EQ(bytes[i], 0) << "byte " << i;
@@ -74,33 +77,33 @@ TEST(HostHandles, HandlesAreZeroedResizableAndCounted) {
   EXPECT_EQ(bytes[15], 7) << "resizing keeps the contents";
   EXPECT_EQ(bytes[16], 0) << "resizing zeroes the new bytes";
   suite->host_dispose_handle(handle);
-  EXPECT_EQ(HostHandles::liveCount(), before);
-  SuiteBroker::basicSuite()->ReleaseSuite(kPFHandleSuite, kPFHandleSuiteVersion1);
+  EXPECT_EQ(EffectHost::liveHandles(), before);
+  basic->ReleaseSuite(kPFHandleSuite, kPFHandleSuiteVersion1);
 }
 
-TEST(MemoryHandles, UnknownAndFreedHandlesAreRefusedNotTrusted) {
+TEST_F(HostSuites, MemoryHandlesUnknownOrFreedAreRefusedNotTrusted) {
   const auto* memory = acquire<AEGP_MemorySuite1>(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-  std::size_t before = MemoryHandles::liveCount();
+  std::size_t before = EffectHost::liveHandles();
   AEGP_MemHandle handle = nullptr;
   ASSERT_EQ(memory->AEGP_NewMemHandle(0, "test", 8, AEGP_MemFlag_CLEAR, &handle), A_Err_NONE);
-  EXPECT_EQ(MemoryHandles::liveCount(), before + 1);
+  EXPECT_EQ(EffectHost::liveHandles(), before + 1);
   void* pointer = nullptr;
   EXPECT_EQ(memory->AEGP_LockMemHandle(handle, &pointer), A_Err_NONE);
   EXPECT_NE(pointer, nullptr);
   EXPECT_EQ(memory->AEGP_ResizeMemHandle("test", 64, handle), A_Err_GENERIC) << "a locked block must not move";
   EXPECT_EQ(memory->AEGP_UnlockMemHandle(handle), A_Err_NONE);
   EXPECT_EQ(memory->AEGP_FreeMemHandle(handle), A_Err_NONE);
-  EXPECT_EQ(MemoryHandles::liveCount(), before);
+  EXPECT_EQ(EffectHost::liveHandles(), before);
   EXPECT_EQ(memory->AEGP_FreeMemHandle(handle), A_Err_PARAMETER) << "freed twice";
   EXPECT_EQ(memory->AEGP_LockMemHandle(nullptr, &pointer), A_Err_PARAMETER);
   EXPECT_EQ(pointer, nullptr) << "a failed lock gives no pointer";
-  SuiteBroker::basicSuite()->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
+  basic->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
 }
 
-TEST(ScriptlessUtility, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
+TEST_F(HostSuites, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
   const auto* utility = acquire<AEGP_UtilitySuite5>(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5);
   const auto* memory = acquire<AEGP_MemorySuite1>(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-  std::size_t before = MemoryHandles::liveCount();
+  std::size_t before = EffectHost::liveHandles();
   AEGP_MemHandle result = reinterpret_cast<AEGP_MemHandle>(0x1);
   AEGP_MemHandle error = nullptr;
   EXPECT_NE(utility->AEGP_ExecuteScript(0, "1 + 1", 0, &result, &error), A_Err_NONE);
@@ -111,18 +114,18 @@ TEST(ScriptlessUtility, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
   EXPECT_STREQ(static_cast<const char*>(text), ScriptlessUtility::kNoScriptEngineText);
   memory->AEGP_UnlockMemHandle(error);
   memory->AEGP_FreeMemHandle(error);
-  EXPECT_EQ(MemoryHandles::liveCount(), before);
-  SuiteBroker::basicSuite()->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-  SuiteBroker::basicSuite()->ReleaseSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5);
+  EXPECT_EQ(EffectHost::liveHandles(), before);
+  basic->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
+  basic->ReleaseSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5);
 }
 
-TEST(ScriptlessUtility, ScriptHelperGetsAnEmptyResultAndLeavesNoHandleOrSuiteHeld) {
-  std::size_t handlesBefore = MemoryHandles::liveCount();
-  std::size_t suitesBefore = SuiteBroker::heldCount();
-  std::string result = ScriptHelper::RunSriptAndGetStringResult(SuiteBroker::basicSuite(), "app.project.name");
+TEST_F(HostSuites, ScriptHelperGetsAnEmptyResultAndLeavesNoHandleOrSuiteHeld) {
+  std::size_t handlesBefore = EffectHost::liveHandles();
+  int suitesBefore = host.heldSuites();
+  std::string result = ScriptHelper::RunSriptAndGetStringResult(basic, "app.project.name");
   EXPECT_EQ(result, "");
-  EXPECT_EQ(MemoryHandles::liveCount(), handlesBefore) << "the error text's handle was not freed";
-  EXPECT_EQ(SuiteBroker::heldCount(), suitesBefore) << "a suite was not released";
+  EXPECT_EQ(EffectHost::liveHandles(), handlesBefore) << "the error text's handle was not freed";
+  EXPECT_EQ(host.heldSuites(), suitesBefore) << "a suite was not released";
 }
 
 }  // namespace

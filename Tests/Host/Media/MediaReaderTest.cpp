@@ -39,7 +39,7 @@ TEST(MediaReader, ContentNotNameDecidesBetweenPictureAndVideo) {
   std::filesystem::copy_file(sharedMedia().path("clip.mp4"), sharedMedia().path("misnamed.png"));
   MediaReader reader(sharedMedia().path("misnamed.png"));
   EXPECT_EQ(reader.info().kind, MediaKind::Video);
-  EXPECT_EQ(readAll(sharedMedia().path("misnamed.png")).size(), 10u);
+  EXPECT_EQ(readFrames(sharedMedia().path("misnamed.png")).size(), 10u);
 }
 
 // A flat colour made into YUV with a given matrix and range must come back as that colour, so the reader has to
@@ -73,7 +73,7 @@ TEST(MediaReader, YuvIsDecodedWithTheStreamsOwnMatrixAndRangeAndAWriteKeepsThem)
     EXPECT_EQ(written.info().colourMatrix, c.matrix);
     EXPECT_EQ(written.info().fullRange, c.fullRange);
     for (const std::string& path : {input, output}) {
-      const std::vector<ArgbFrame> frames = readAll(path);
+      const std::vector<ArgbFrame> frames = readFrames(path);
       ASSERT_EQ(frames.size(), 2u) << path;
       const Difference d = differenceFromFlat(frames[0], video.colour);
       const bool lossy = path == output;
@@ -141,7 +141,7 @@ TEST(MediaReader, BadInputsGiveAnErrorNamingTheFile) {
   };
   for (const BadCase& c : cases) {
     try {
-      readAll(c.path);
+      readFrames(c.path);
       ADD_FAILURE() << "no error for " << c.path;
     } catch (const MediaError& e) {
       EXPECT_EQ(e.path(), c.culprit) << e.what();

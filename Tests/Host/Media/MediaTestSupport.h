@@ -13,9 +13,10 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "Media/ArgbFrame.h"
+#include "Core/ArgbFrame.h"
 #include "Media/MediaReader.h"
 #include "Media/MediaWriter.h"
+#include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
 
 namespace Quillmere::Velmira {
@@ -45,14 +46,6 @@ inline MediaFixtures& sharedMedia() {
 // A clip's marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes.
 constexpr int kMarkerTolerance = 2;
 
-inline std::vector<ArgbFrame> readAll(const std::string& path, FrameRange range = {}) {
-  MediaReader reader(path, range);
-  std::vector<ArgbFrame> frames;
-  ArgbFrame frame;
-  while (reader.read(frame)) frames.push_back(frame);
-  return frames;
-}
-
 // Reads `input` (within `range`) and writes every frame to `output`, as the host does.
 inline void copy(const std::string& input, const std::string& output, FrameRange range = {}) {
   MediaReader reader(input, range);
@@ -62,17 +55,12 @@ inline void copy(const std::string& input, const std::string& output, FrameRange
   writer.finish();
 }
 
-// Channel c (0 alpha, 1 red, 2 green, 3 blue) of pixel (x, y).
-inline int channel(const ArgbFrame& frame, int x, int y, int c) {
-  return frame.row(y)[static_cast<std::size_t>(x) * 4 + static_cast<std::size_t>(c)];
-}
-
 // The first pixel channel where two frames differ, in words; empty when they are the same.
 inline std::string firstDifference(const ArgbFrame& got, const ArgbFrame& want) {
-  if (got.width != want.width || got.height != want.height)
-    return "size " + std::to_string(got.width) + "x" + std::to_string(got.height);
-  for (int y = 0; y < got.height; ++y)
-    for (int x = 0; x < got.width; ++x)
+  if (got.width() != want.width() || got.height() != want.height())
+    return "size " + std::to_string(got.width()) + "x" + std::to_string(got.height());
+  for (int y = 0; y < got.height(); ++y)
+    for (int x = 0; x < got.width(); ++x)
       for (int c = 0; c < 4; ++c)
         if (channel(got, x, y, c) != channel(want, x, y, c))
           return "pixel " + std::to_string(x) + "," + std::to_string(y) + " channel " + "argb"[c] + " is " +
@@ -100,8 +88,8 @@ struct Difference {
 inline Difference differenceFromFlat(const ArgbFrame& frame, const std::array<int, 3>& colour) {
   Difference d;
   long long sum = 0, count = 0;
-  for (int y = 0; y < frame.height; ++y)
-    for (int x = 0; x < frame.width; ++x)
+  for (int y = 0; y < frame.height(); ++y)
+    for (int x = 0; x < frame.width(); ++x)
       for (int c = 0; c < 3 && (x >= 16 || y >= 16); ++c, ++count) {
         int diff = std::abs(channel(frame, x, y, c + 1) - colour[static_cast<std::size_t>(c)]);
         d.max = std::max(d.max, diff);

@@ -55,11 +55,11 @@ TEST(MediaThreads, ConcurrentPipelinesGiveWhatEachGivesAlone) {
   ASSERT_EQ(errorVideo, "");
   ASSERT_EQ(errorSequence, "");
 
-  const std::vector<ArgbFrame> videoOut = readAll(media.path("out.mkv"));
+  const std::vector<ArgbFrame> videoOut = readFrames(media.path("out.mkv"));
   ASSERT_EQ(videoOut.size(), 12u);
   for (std::size_t i = 0; i < videoOut.size(); ++i)
     EXPECT_NEAR(channel(videoOut[i], 4, 4, 1), MediaFixtures::frameMarker(static_cast<int>(i)), 4) << "frame " << i;
-  const std::vector<ArgbFrame> in = readAll(sequence), out = readAll(media.path("o_%03d.png"));
+  const std::vector<ArgbFrame> in = readFrames(sequence), out = readFrames(media.path("o_%03d.png"));
   ASSERT_EQ(out.size(), in.size());
   for (std::size_t i = 0; i < in.size(); ++i) EXPECT_EQ(firstDifference(out[i], in[i]), "") << "file " << i + 1;
 }

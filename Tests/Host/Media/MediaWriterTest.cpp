@@ -69,7 +69,7 @@ TEST(MediaWriter, VideoReadAndWrittenKeepsFramesRateTimestampsRotationAndAudio) 
     EXPECT_NEAR(out.durationSeconds, in.durationSeconds, 1e-3);
     EXPECT_EQ(out.displayMatrix, in.displayMatrix);
 
-    const std::vector<ArgbFrame> read = readAll(input), written = readAll(output);
+    const std::vector<ArgbFrame> read = readFrames(input), written = readFrames(output);
     ASSERT_EQ(read.size(), 10u);
     ASSERT_EQ(written.size(), 10u);
     for (int i = 0; i < 10; ++i) {
@@ -98,7 +98,7 @@ TEST(MediaWriter, VideoReadAndWrittenKeepsFramesRateTimestampsRotationAndAudio) 
 TEST(MediaWriter, RangeKeepsItsFramesAndOnlyTheAudioOfItsTimeSpan) {
   const std::string output = sharedMedia().path("range.mp4");
   copy(sharedMedia().path("clip.mp4"), output, FrameRange{3, 6});
-  const std::vector<ArgbFrame> out = readAll(output);
+  const std::vector<ArgbFrame> out = readFrames(output);
   ASSERT_EQ(out.size(), 4u);
   for (std::size_t i = 0; i < out.size(); ++i) {
     EXPECT_NEAR(out[i].timeSeconds, static_cast<double>(i) / 25.0, 1e-3) << "frame " << i;
@@ -116,17 +116,17 @@ TEST(MediaWriter, RangeKeepsItsFramesAndOnlyTheAudioOfItsTimeSpan) {
 // PNG, TIFF and QuickTime Animation are lossless, so alpha and colour come back exactly; JPEG has no alpha.
 TEST(MediaWriter, AlphaIsKeptThroughPngTiffAndMovAndDroppedByJpeg) {
   const std::string picture = sharedMedia().makePicture({"alpha.png", 24, 16, true, false, 0});
-  const std::vector<ArgbFrame> source = readAll(picture);
+  const std::vector<ArgbFrame> source = readFrames(picture);
   for (const char* name : {"alpha-out.png", "alpha-out.tif", "alpha-out.mov"}) {
     copy(picture, sharedMedia().path(name));
     EXPECT_TRUE(MediaReader(sharedMedia().path(name)).info().hasAlpha) << name;
-    const std::vector<ArgbFrame> back = readAll(sharedMedia().path(name));
+    const std::vector<ArgbFrame> back = readFrames(sharedMedia().path(name));
     ASSERT_EQ(back.size(), 1u) << name;
     EXPECT_EQ(firstDifference(back[0], source[0]), "") << name;
   }
   EXPECT_EQ(MediaReader(sharedMedia().path("alpha-out.mov")).info().codecName, "qtrle");
   copy(picture, sharedMedia().path("flat.jpg"));
-  const std::vector<ArgbFrame> jpeg = readAll(sharedMedia().path("flat.jpg"));
+  const std::vector<ArgbFrame> jpeg = readFrames(sharedMedia().path("flat.jpg"));
   EXPECT_FALSE(MediaReader(sharedMedia().path("flat.jpg")).info().hasAlpha);
   EXPECT_EQ(channel(jpeg.at(0), 5, 5, 0), 255);
 }
@@ -134,10 +134,10 @@ TEST(MediaWriter, AlphaIsKeptThroughPngTiffAndMovAndDroppedByJpeg) {
 // H.264 in 4:2:0 needs even sizes; an odd-sized picture must still become a video of its own size.
 TEST(MediaWriter, OddSizedFramesMakeAVideoOfTheSameSize) {
   copy(sharedMedia().makePicture({"odd.png", 17, 9}), sharedMedia().path("odd.mp4"));
-  const std::vector<ArgbFrame> frames = readAll(sharedMedia().path("odd.mp4"));
+  const std::vector<ArgbFrame> frames = readFrames(sharedMedia().path("odd.mp4"));
   ASSERT_EQ(frames.size(), 1u);
-  EXPECT_EQ(frames[0].width, 17);
-  EXPECT_EQ(frames[0].height, 9);
+  EXPECT_EQ(frames[0].width(), 17);
+  EXPECT_EQ(frames[0].height(), 9);
 }
 
 TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
@@ -147,14 +147,14 @@ TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
   EXPECT_EQ(reader.info().kind, MediaKind::Sequence);
   EXPECT_EQ(reader.info().frameCount, 4);
   EXPECT_EQ(reader.info().firstNumber, 7);
-  const std::vector<ArgbFrame> in = readAll(pattern);
+  const std::vector<ArgbFrame> in = readFrames(pattern);
   ASSERT_EQ(in.size(), 4u);
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(in[i].index, 7 + i);
     EXPECT_NEAR(in[i].timeSeconds, i / 25.0, 1e-9);
     EXPECT_EQ(firstDifference(in[i], patternFrame(8, 6, 7 + i, false)), "") << "file " << 7 + i;
   }
-  const std::vector<ArgbFrame> ranged = readAll(pattern, FrameRange{8, 9});
+  const std::vector<ArgbFrame> ranged = readFrames(pattern, nullptr, FrameRange{8, 9});
   ASSERT_EQ(ranged.size(), 2u);
   EXPECT_EQ(ranged[0].index, 8);
   EXPECT_EQ(ranged[1].index, 9);
@@ -163,7 +163,7 @@ TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
   copy(pattern, media.path("seqout/o_%03d.png"));
   EXPECT_EQ(filesIn(media.path("seqout")),
             (std::vector<std::string>{"o_007.png", "o_008.png", "o_009.png", "o_010.png"}));
-  const std::vector<ArgbFrame> out = readAll(media.path("seqout/o_%03d.png"));
+  const std::vector<ArgbFrame> out = readFrames(media.path("seqout/o_%03d.png"));
   ASSERT_EQ(out.size(), in.size());
   for (std::size_t i = 0; i < in.size(); ++i) EXPECT_EQ(firstDifference(out[i], in[i]), "") << "frame " << i;
 
@@ -225,13 +225,11 @@ TEST(MediaWriter, FailedWritesLeaveNothingAndKeepTheExistingOutput) {
   }
 }
 
-TEST(MediaWriter, OutputThatIsTheInputOrCannotBeWrittenIsRefused) {
-  const std::string input = sharedMedia().path("clip.mkv");
-  const std::string before = contents(input);
-  MediaReader reader(input);
-  for (const std::string& output :
-       {input, sharedMedia().folder() + "/./clip.mkv", sharedMedia().path("no/such/folder/out.mp4"),
-        sharedMedia().path("no/such/folder/f_%04d.png"), sharedMedia().folder()}) {
+// (That an output is not an input is the command's one check, before the writer is made.)
+TEST(MediaWriter, OutputThatCannotBeWrittenIsRefused) {
+  MediaReader reader(sharedMedia().path("clip.mkv"));
+  for (const std::string& output : {sharedMedia().path("no/such/folder/out.mp4"),
+                                    sharedMedia().path("no/such/folder/f_%04d.png"), sharedMedia().folder()}) {
     try {
       MediaWriter writer(output, reader.info());
       ADD_FAILURE() << "no error for " << output;
@@ -239,7 +237,6 @@ TEST(MediaWriter, OutputThatIsTheInputOrCannotBeWrittenIsRefused) {
       EXPECT_EQ(e.path(), output) << e.what();
     }
   }
-  EXPECT_EQ(contents(input), before) << "the input was touched";
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "GL/AEOpenGLContext.h"
 
-#include "GLCallRecorder.h"
+#include "Support/GLCallLog.h"
 
 #include "CGLCurrent.h"
 
@@ -108,7 +108,7 @@ TEST(AEOpenGLContext, MakeContextCurrentSwitchesBeforeTheFlushRuleSoNothingIsFlu
   std::unique_ptr<AEOpenGLContext> other = quietContext(nullptr);
   ASSERT_EQ(CGLGetCurrentContext(), other->cglContext());
 
-  GLCallRecorder recorder;
+  GLCallLog recorder;
   target->makeContextCurrent();
   EXPECT_EQ(CGLGetCurrentContext(), target->cglContext());
   EXPECT_THAT(recorder.names(), IsEmpty());
@@ -163,7 +163,7 @@ TEST(AEOpenGLContext, MakeCurrentFlushFlushesTheContextBeingLeftUnlessItsFramebu
       framebuffer.reset(new BoundFramebuffer(flushCase.complete));
     }
     {
-      GLCallRecorder recorder;
+      GLCallLog recorder;
       AEOpenGLContext::makeCurrentFlush(destination->cglContext());
       EXPECT_EQ(recorder.names(), flushCase.calls) << flushCase.label;
     }

@@ -11,7 +11,7 @@
 #include "GL/BackgroundRender.h"
 #include "GL/ScreenRender.h"
 #include "Support/GLCallLog.h"
-#include "Support/TestContext.h"
+#include "Support/GLFixture.h"
 
 using namespace gl;
 using namespace Quillmere::Velmira;
@@ -67,7 +67,7 @@ struct PassCase {
 }  // namespace
 
 TEST(FullFramePass, PassesConvertBetweenHostOrderAndPremultipliedRGBA) {
-  TestContext::use();
+  GLFixture::use();
   const PassCase cases[] = {
       // Premultiplied RGBA in; alpha, red, green, blue out, colour divided by alpha. A colour above its alpha
       // (200 over 100) divides to more than 1, and the 8-bit target clamps it.
@@ -106,7 +106,7 @@ TEST(FullFramePass, PassesConvertBetweenHostOrderAndPremultipliedRGBA) {
 }
 
 TEST(FullFramePass, QuadObjectsAreMadeAtTheFirstDrawOnly) {
-  TestContext::use();
+  GLFixture::use();
   PassTarget target({{1, 2, 3, 255}});
   ScreenRender screen;
   GLCallLog log;

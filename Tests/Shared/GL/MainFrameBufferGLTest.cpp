@@ -13,8 +13,7 @@
 #include "GL/AEOpenglMainFrameBuffer.h"
 #include "Math/Vec2.h"
 #include "Support/GLCallLog.h"
-#include "Support/LiveObjects.h"
-#include "Support/TestContext.h"
+#include "Support/GLFixture.h"
 
 using namespace gl;
 using namespace Quillmere::Velmira;
@@ -24,7 +23,7 @@ namespace {
 class MainFrameBuffer : public ::testing::Test {
 protected:
   void SetUp() override {
-    TestContext::use();
+    GLFixture::use();
     buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
   }
   void TearDown() override { buffer->clearStack(); }
@@ -75,10 +74,10 @@ TEST_F(MainFrameBuffer, EndDrawingPopsOnlyTheTopLevelAndAnEmptyStackMakesNothing
   buffer->beginDrawing();
   const uint32_t lower = buffer->renderBufferStack().back();
   buffer->beginDrawing();
-  const LiveObjects before = LiveObjects::count();
+  const GLFixture::LiveObjects before = GLFixture::liveObjects();
   buffer->endDrawing(1.0f);
   ASSERT_EQ(buffer->renderBufferStack(), std::vector<uint32_t>{lower});
-  const LiveObjects after = LiveObjects::count();
+  const GLFixture::LiveObjects after = GLFixture::liveObjects();
   EXPECT_EQ(after.renderbuffers, before.renderbuffers - 1) << "the popped level is deleted";
   EXPECT_EQ(after.textures, before.textures) << "the resolve texture is deleted after the last pass";
 

@@ -1,7 +1,7 @@
 #include "GL/OpenglShader.h"
 
 #include "GL/AEOpenGLContext.h"
-#include "GLCallRecorder.h"
+#include "Support/GLCallLog.h"
 
 #include "Math/Affine.h"
 #include "Math/Color.h"
@@ -147,7 +147,7 @@ TEST_F(OpenglShaderTest, SetterValuesReadBackFromTheProgram) {
 TEST_F(OpenglShaderTest, SettersWithoutProgramOrActiveNameReachNoUniformCall) {
   OpenglShader unbuilt(kVertex, kFragment);
   std::unique_ptr<OpenglShader> shader = linkedShader();
-  GLCallRecorder recorder;
+  GLCallLog recorder;
   unbuilt.setUniform1i("i1", 1);
   unbuilt.setUniformMatrix4f("m4", Mat4(true), 1);
   unbuilt.setUniformTexture("videoTexture", static_cast<int>(GL_TEXTURE_2D), 1, 0);
@@ -171,10 +171,10 @@ TEST_F(OpenglShaderTest, AttributeBindingsKeepTheFirstLocationAndReachGLInNameOr
 
   std::vector<std::string> order;
   {
-    GLCallRecorder recorder;
+    GLCallLog recorder;
     shader.useProgram();
-    for (const GLCallRecorder::Call& bind : recorder.callsOf("glBindAttribLocation")) {
-      order.push_back(bind.parameters.at(2) + "@" + bind.parameters.at(1));
+    for (const GLCallLog::Call& bind : recorder.callsOf("glBindAttribLocation")) {
+      order.push_back(bind.arguments.at(2) + "@" + bind.arguments.at(1));
     }
   }
   // glbinding prints a name in quotes.
@@ -232,7 +232,7 @@ TEST_F(OpenglShaderTest, FirstUseBuildsTwoStagesAndLaterUsesOnlyUseTheProgram) {
     std::unique_ptr<OpenglShader> shader(emptyGeometry ? new OpenglShader(kVertex, kPlainFragment, "")
                                                        : new OpenglShader(kVertex, kPlainFragment));
     {
-      GLCallRecorder recorder;
+      GLCallLog recorder;
       shader->useProgram();
       EXPECT_EQ(recorder.count("glCreateShader"), 2) << "empty geometry text: " << emptyGeometry;
       EXPECT_EQ(recorder.count("glDeleteShader"), 2) << "empty geometry text: " << emptyGeometry;
@@ -240,7 +240,7 @@ TEST_F(OpenglShaderTest, FirstUseBuildsTwoStagesAndLaterUsesOnlyUseTheProgram) {
     const GLuint program = currentProgram();
     ASSERT_NE(program, 0u) << "empty geometry text: " << emptyGeometry;
     glUseProgram(0);
-    GLCallRecorder recorder;
+    GLCallLog recorder;
     shader->useProgram();
     EXPECT_THAT(recorder.names(), ElementsAre("glUseProgram")) << "empty geometry text: " << emptyGeometry;
     EXPECT_EQ(currentProgram(), program);
@@ -259,7 +259,7 @@ TEST_F(OpenglShaderTest, FailedBuildPrintsItsLogUsesNoProgramAndRetriesNextTime)
                                  Failure{kVertex, kPlainFragment, kBrokenStage, "Shader geo error:\n"},
                                  Failure{kVertex, kUnlinkableFragment, "", "Program error:\n"}}) {
     OpenglShader shader(failure.vertex, failure.fragment, failure.geometry);
-    GLCallRecorder recorder;
+    GLCallLog recorder;
     const std::string printed = capture([&shader] { shader.useProgram(); });
 
     ASSERT_GT(printed.size(), failure.heading.size() + 1) << printed;

@@ -1,7 +1,7 @@
 #include "GL/SaveRestoreGLContextMac.h"
 
 #include "GL/AEOpenGLContext.h"
-#include "GLCallRecorder.h"
+#include "Support/GLCallLog.h"
 
 #include "CGLCurrent.h"
 #include "EglDisplay.h"
@@ -84,14 +84,14 @@ TEST_F(SaveRestoreGLContextMacTest, BareHostContextComesBackThroughCGLWithOneFlu
 
   mPlugin->makeContextCurrent();
   {
-    GLCallRecorder recorder;
+    GLCallLog recorder;
     saved->restore();
     EXPECT_EQ(CGLGetCurrentContext(), mHost.cgl());
     EXPECT_EQ(recorder.count("glFlush"), 1) << "flushes of the plug-in's context being left";
   }
 
   mPlugin->makeContextCurrent();
-  GLCallRecorder recorder;
+  GLCallLog recorder;
   saved->restore();
   EXPECT_EQ(CGLGetCurrentContext(), mPlugin->cglContext()) << "a second restore switches nothing";
   EXPECT_THAT(recorder.names(), IsEmpty());
@@ -110,7 +110,7 @@ TEST_F(SaveRestoreGLContextMacTest, HostNSOpenGLContextIsHeldAndComesBackWithout
 
   mPlugin->makeContextCurrent();
   {
-    GLCallRecorder recorder;
+    GLCallLog recorder;
     saved->restore();
     EXPECT_THAT(recorder.names(), IsEmpty()) << "the road through the NSOpenGLContext has no flush";
   }

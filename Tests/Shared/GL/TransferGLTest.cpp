@@ -9,11 +9,12 @@
 
 #include <glbinding/gl/gl.h>
 
+#include "Core/CallRecorder.h"
+#include "Core/EffectHost.h"
 #include "GL/AEOpenGLUtilities.h"
 #include "GL/AEOpenglMainFrameBuffer.h"
-#include "HostDouble.h"
-#include "Support/LiveObjects.h"
-#include "Support/TestContext.h"
+#include "Support/GLFixture.h"
+#include "Support/NoEffect.h"
 
 using namespace gl;
 using namespace Quillmere::Velmira;
@@ -22,10 +23,10 @@ namespace {
 
 class Transfer : public ::testing::Test {
 protected:
-  void SetUp() override { TestContext::use(); }
+  void SetUp() override { GLFixture::use(); }
 
   GLuint upload(int format, PF_LayerDef* world) {
-    return AEOpenGLUtilities::UploadTexture(format, world, nullptr, host.inData(), pixelSize, glType, multiplier,
+    return AEOpenGLUtilities::UploadTexture(format, world, nullptr, &host.inData(), pixelSize, glType, multiplier,
                                             false);
   }
 
@@ -50,7 +51,8 @@ protected:
     return values;
   }
 
-  HostDouble host;
+  CallRecorder calls;
+  EffectHost host{NoEffect, &calls};
   unsigned long pixelSize = 0;
   GLenum glType = GL_NONE;
   float multiplier = 0.0f;
@@ -90,40 +92,42 @@ TEST_F(Transfer, FloatWorldsGoUpThroughTheHostsIteration) {
   const GLuint texture = upload(PF_PixelFormat_ARGB128, &world);
   EXPECT_EQ(pixelSize, 16u);
   EXPECT_EQ(glType, GL_FLOAT);
-  EXPECT_EQ(host.count("iterateFloat.iterate"), 1);
+  EXPECT_EQ(calls.count("iterateFloat.iterate"), 1);
   EXPECT_EQ(host.heldSuites(), 0);
   EXPECT_EQ(texels(texture, 8), (std::vector<float>{1.0f, 0.25f, 0.5f, 0.75f, 0.5f, 2.0f, -1.0f, 0.0f}))
       << "float channels go up unscaled and unclamped";
 }
 
 TEST_F(Transfer, UnknownFormatThrows516AndKeepsNoTexture) {
-  HostWorld& input = host.setInputWorld(2, 2);
-  const LiveObjects before = LiveObjects::count();
+  ArgbFrame input;
+  input.allocate(2, 2);
+  const GLFixture::LiveObjects before = GLFixture::liveObjects();
   try {
     upload(PF_PixelFormat_INVALID, input.world());
     FAIL() << "no exception";
   } catch (int code) {
     EXPECT_EQ(code, PF_Err_BAD_CALLBACK_PARAM);
   }
-  EXPECT_EQ(LiveObjects::count().textures, before.textures);
+  EXPECT_EQ(GLFixture::liveObjects().textures, before.textures);
 }
 
 // (A missing handle or handle suite is given back through the entry: see the render commands' failure table.)
 TEST_F(Transfer, DownloadOfAnUnknownFormatThrows516AndGivesBackHandleAndSuite) {
-  HostWorld& input = host.setInputWorld(2, 2);
-  HostWorld& output = host.setOutputWorld(2, 2);
+  ArgbFrame input, output;
+  input.allocate(2, 2);
+  output.allocate(2, 2);
   AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
   buffer->prepare(2, 2, true);
   buffer->beginDrawing();
   buffer->endDrawing(1.0f);
   try {
-    AEOpenGLUtilities::DownloadTexture(2, 2, input.world(), output.world(), host.inData(), PF_PixelFormat_INVALID, 4,
+    AEOpenGLUtilities::DownloadTexture(2, 2, input.world(), output.world(), &host.inData(), PF_PixelFormat_INVALID, 4,
                                        GL_UNSIGNED_BYTE);
     ADD_FAILURE() << "no exception";
   } catch (int code) {
     EXPECT_EQ(code, PF_Err_BAD_CALLBACK_PARAM);
   }
-  EXPECT_EQ(host.liveHandles(), 0);
+  EXPECT_EQ(EffectHost::liveHandles(), 0u);
   EXPECT_EQ(host.heldSuites(), 0);
 }
 

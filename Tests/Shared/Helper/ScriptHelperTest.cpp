@@ -9,16 +9,18 @@
 #include <vector>
 
 #include "AE_GeneralPlug.h"
-#include "HostDouble.h"
+#include "Core/CallRecorder.h"
+#include "Core/EffectHost.h"
+#include "Support/NoEffect.h"
 
 namespace Quillmere::Velmira {
 namespace {
 
 using testing::ElementsAre;
 
-// The host's script engine and memory handles, as AEGP Utility (11) and Memory (1) tables
-// registered with the host double. A script leaves the texts a test sets (none where
-// unset); every call on a handle is noted as "<call> <role>".
+// A script engine and its memory handles, as AEGP Utility (11) and Memory (1) tables the host offers in place of
+// its own (it has no script engine). A script leaves the texts a test sets (none where unset); every call on a
+// handle is noted as "<call> <role>".
 class ScriptHelperTest : public testing::Test {
 protected:
   struct Handle {
@@ -43,22 +45,25 @@ protected:
       *size = of(handle).bytes.size();
       return A_Err_NONE;
     };
-    mHost.addSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5, &mUtility);
-    mHost.addSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1, &mMemory);
+    mHost.offerSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5, &mUtility);
+    mHost.offerSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1, &mMemory);
   }
 
   static std::vector<char> terminated(const std::string& text) {
     return {text.c_str(), text.c_str() + text.size() + 1};
   }
 
-  std::string run() { return ScriptHelper::RunSriptAndGetStringResult(mHost.basicSuite(), "app.project.numItems"); }
+  std::string run() {
+    return ScriptHelper::RunSriptAndGetStringResult(mHost.inData().pica_basicP, "app.project.numItems");
+  }
 
   std::optional<std::vector<char>> mResultBytes;
   std::optional<std::vector<char>> mErrorBytes;
   bool mRefuseLocks = false;
   std::vector<std::string> mCalls;
   std::list<Handle> mHandles;
-  HostDouble mHost;
+  CallRecorder mHostCalls;
+  EffectHost mHost{NoEffect, &mHostCalls};
 
 private:
   static Handle& of(AEGP_MemHandle handle) { return *reinterpret_cast<Handle*>(handle); }
@@ -112,8 +117,10 @@ TEST_F(ScriptHelperTest, SuitesAreReleasedMemoryFirstThenUtility) {
   mResultBytes = terminated("ok");
   run();
   std::vector<std::string> suiteCalls;
-  for (const HostCall& call : mHost.calls()) {
-    suiteCalls.push_back(call.name + " " + call.text + " " + std::to_string(call.args.at(0)));
+  for (const CallRecorder::Call& call : mHostCalls.calls()) {
+    if (call.name == "AcquireSuite" || call.name == "ReleaseSuite") {
+      suiteCalls.push_back(call.name + " " + call.text + " " + std::to_string(call.numbers.at(0)));
+    }
   }
   EXPECT_THAT(suiteCalls, ElementsAre("AcquireSuite AEGP Utility Suite 11", "AcquireSuite AEGP Memory Suite 1",
                                       "ReleaseSuite AEGP Memory Suite 1", "ReleaseSuite AEGP Utility Suite 11"));
@@ -135,7 +142,7 @@ TEST_F(ScriptHelperTest, NoTextFromTheHostGivesEmpty) {
 }
 
 TEST_F(ScriptHelperTest, MissingMemorySuiteThrowsBeforeTheScriptAndReleasesTheUtility) {
-  mHost.removeSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
+  mHostCalls.failCall("AcquireSuite", mHostCalls.count("AcquireSuite") + 2, kSPSuiteNotFoundError);
   int thrown = 0;
   try {
     run();

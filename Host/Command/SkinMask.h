@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "Core/PaddedWorld.h"
+#include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
 
@@ -17,7 +17,7 @@ public:
   static bool blurs(std::uint8_t red, std::uint8_t green, std::uint8_t blue, float range);
 
   // White, opaque where a pixel is blurred, opaque black elsewhere.
-  static void paint(const PaddedWorld& input, PaddedWorld& mask, float range);
+  static void paint(const ArgbFrame& input, ArgbFrame& mask, float range);
 };
 
 }  // namespace Quillmere::Velmira

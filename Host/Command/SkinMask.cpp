@@ -1,4 +1,4 @@
-#include "Core/SkinMask.h"
+#include "Command/SkinMask.h"
 
 #include <algorithm>
 #include <cmath>
@@ -41,7 +41,7 @@ bool SkinMask::blurs(std::uint8_t red, std::uint8_t green, std::uint8_t blue, fl
   return scaledHueDistance(red, green, blue) < range;
 }
 
-void SkinMask::paint(const PaddedWorld& input, PaddedWorld& mask, float range) {
+void SkinMask::paint(const ArgbFrame& input, ArgbFrame& mask, float range) {
   for (A_long y = 0; y < input.height(); ++y) {
     const std::uint8_t* in = input.row(y);
     std::uint8_t* out = mask.row(y);

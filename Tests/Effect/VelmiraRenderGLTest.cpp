@@ -1,0 +1,108 @@
+// How the render object reads the sliders through the host, and when it asks for a new shader.
+#include "VelmiraRender.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Core/CallRecorder.h"
+#include "Core/EffectHost.h"
+#include "Support/ReferenceSliders.h"
+#include "Velmira.h"
+
+namespace Quillmere::Velmira {
+namespace {
+
+class VelmiraRenderTest : public ::testing::Test {
+protected:
+  PF_Err preaprea() { return render.preaprea(&host.inData(), &host.outData(), nullptr); }
+
+  CallRecorder calls;
+  EffectHost host{EntryPointFunc, &calls};
+  VelmiraRender render;
+};
+
+// Each slider is checked out at the frame's time and checked back in. "Skin Whiten" keyed from 0 % at 0 s to 100 %
+// at 1 s is read at 0.5 s; sliders 2 to 5 are divided by 100 in single precision after the conversion (0.7 tells
+// that apart from a division in double), and the blur size is kept unscaled.
+TEST_F(VelmiraRenderTest, PreapreaReadsEachSliderAtTheFrameTimeAsASinglePrecisionQuotient) {
+  ReferenceSliders{9.4, 30, 0, 0.7, 0}.applyTo(host);
+  host.setTrack(2, ParamTrack::parse("0@0,100@1"));
+  host.setFrameRate(24);
+  host.setTime(FrameTime{300, 5, 600});
+  const std::size_t before = calls.calls().size();
+  ASSERT_EQ(preaprea(), PF_Err_NONE);
+  EXPECT_EQ(render.blurSize(), 9.4f);
+  EXPECT_EQ(render.skinColorRange(), 30.0f / 100.0f);
+  EXPECT_EQ(render.whitening(), 0.5f);
+  EXPECT_EQ(render.redden(), static_cast<float>(0.7) / 100.0f);
+  ASSERT_NE(render.redden(), static_cast<float>(0.7 / 100.0)) << "0.7 no longer tells the two divisions apart";
+  EXPECT_EQ(render.pinking(), 0.0f);
+
+  std::vector<std::string> sequence;
+  const std::vector<CallRecorder::Call> all = calls.calls();
+  for (std::size_t i = before; i < all.size(); ++i) {
+    std::string numbers;
+    for (std::int64_t n : all[i].numbers) numbers += " " + std::to_string(n);
+    sequence.push_back(all[i].name + numbers);
+  }
+  std::vector<std::string> expected;
+  for (int index = 1; index <= 5; ++index) {
+    expected.push_back("checkout_param " + std::to_string(index) + " 300 5 600");
+    expected.push_back("checkin_param");
+  }
+  EXPECT_EQ(sequence, expected);
+  EXPECT_EQ(host.openParamCheckouts(), 0);
+}
+
+// The rule is on the float values: a new fraction rebuilds though the integer size stays; the other sliders never
+// ask for a rebuild. (That an unchanged size compiles nothing is counted in GL calls by the render command tests.)
+TEST_F(VelmiraRenderTest, ANewShaderFollowsTheBlurSizeAsAFloat) {
+  const struct {
+    double before, after;
+    bool rebuild;
+  } cases[] = {{9, 9, false}, {9, 9.4, true}, {9, 10, true}, {30, 3, true}, {0, -0.0, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.before) + " -> " + std::to_string(c.after));
+    ReferenceSliders{c.before, 10, 30, 0, 0}.applyTo(host);
+    ASSERT_EQ(preaprea(), PF_Err_NONE);
+    render.buildShader();
+    ASSERT_NE(render.shader(), nullptr);
+    ReferenceSliders{c.after, 80, 10, 50, 50}.applyTo(host);
+    ASSERT_EQ(preaprea(), PF_Err_NONE);
+    EXPECT_EQ(render.rebuildRequested(), c.rebuild);
+  }
+}
+
+// Where a failure happens among the ten calls decides what is read: nothing is checked out after it, later sliders
+// become 0, and all five check-ins still run. A later failure of the last check-in does not replace the first error.
+// Position 1 is the checkout of slider 1, 2 its check-in, 3 the checkout of slider 2, ...
+TEST_F(VelmiraRenderTest, AFailedCallStopsTheCheckoutsButChecksEverythingIn) {
+  ReferenceSliders{9, 10, 30, 40, 50}.applyTo(host);
+  const float real[] = {9.0f, 0.1f, 0.3f, 0.4f, 0.5f};
+  for (int position = 1; position <= 10; ++position) {
+    SCOPED_TRACE("failure at call " + std::to_string(position));
+    const int slider = (position + 1) / 2;
+    const bool atCheckout = position % 2 == 1;
+    const int checkouts = calls.count("checkout_param"), checkins = calls.count("checkin_param");
+    calls.failCall(atCheckout ? "checkout_param" : "checkin_param", (atCheckout ? checkouts : checkins) + slider,
+                   PF_Err_INTERNAL_STRUCT_DAMAGED);
+    if (position < 10) calls.failCall("checkin_param", checkins + 5, PF_Err_OUT_OF_MEMORY);
+
+    EXPECT_EQ(preaprea(), PF_Err_INTERNAL_STRUCT_DAMAGED);
+    EXPECT_EQ(calls.count("checkout_param") - checkouts, slider);
+    EXPECT_EQ(calls.count("checkin_param") - checkins, 5);
+    // A slider keeps its value when it was read before the failure: all before it, and the failing one itself when
+    // only its check-in failed.
+    const float got[] = {render.blurSize(), render.skinColorRange(), render.whitening(), render.redden(),
+                         render.pinking()};
+    for (int s = 1; s <= 5; ++s) {
+      const bool read = s < slider || (s == slider && !atCheckout);
+      EXPECT_EQ(got[s - 1], read ? real[s - 1] : 0.0f) << "slider " << s;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace Quillmere::Velmira

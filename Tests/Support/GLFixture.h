@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+namespace Quillmere::Velmira {
+
+class AEOpenGLContext;
+
+// The GL fixture of the tests: contexts of the plug-in's own kind on real GL (llvmpipe where there is no GPU), and a
+// count of what lives in a share group.
+class GLFixture {
+public:
+  // One context for tests of single GL classes, made once per process and made current on the calling thread.
+  static AEOpenGLContext& use();
+  // A new context, current on the calling thread, its six-line banner kept off the test log.
+  static std::unique_ptr<AEOpenGLContext> quietContext(const AEOpenGLContext* shared = nullptr);
+
+  // Objects alive in the current context's share group, found by probing names as glIs* defines them (a name counts
+  // once it has been bound), so that a test sees that nothing was left behind.
+  struct LiveObjects {
+    int textures = 0;
+    int renderbuffers = 0;
+  };
+  static LiveObjects liveObjects();
+};
+
+}  // namespace Quillmere::Velmira
