@@ -15,6 +15,7 @@
 #include "Core/ParamTrack.h"
 #include "Media/MediaError.h"
 #include "Media/MediaLog.h"
+#include "VelmiraVersion.h"
 
 namespace Quillmere::Velmira {
 
@@ -143,6 +144,13 @@ int VelmiraCommand::run(int argc, char** argv) {
 }
 
 int VelmiraCommand::parseAndRun(int argc, char** argv) {
+  // `velmira --version` is answered before the plug-in loads: the version is the command's own, and it is asked
+  // for most where the plug-in or GL does not work. With other arguments CLI11 answers it after the load.
+  const std::string version = fmt::format("velmira {}", Version::kText);
+  if (argc == 2 && std::string(argv[1]) == "--version") {
+    std::puts(version.c_str());
+    return kSuccess;
+  }
   std::string pluginPath = pluginOption(argc, argv);
   if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
   EffectHost host(pluginPath, verboseFlag(argc, argv));
@@ -152,6 +160,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
       "loaded as an After Effects style plug-in"};
   app.footer(kKeyframeHelp);
   app.require_subcommand(1);
+  app.set_version_flag("--version", version);
   app.fallthrough();
   app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
   bool verbose = false;
