@@ -162,7 +162,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   app.require_subcommand(1);
   app.set_version_flag("--version", version);
   app.fallthrough();
-  app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
+  app.add_option("--plugin", pluginPath, "The effect to load (default: " + Locations::defaultPlugin() + ")");
   bool verbose = false;
   app.add_flag("-v,--verbose", verbose,
                "Show the plug-in's own printing and FFmpeg's notes on stderr, not only their errors");
