@@ -14,15 +14,11 @@ std::string Locations::executableDirectory() {
 }
 
 std::string Locations::defaultPlugin() {
-  return (fs::path(executableDirectory()) / ".." / "plugins" / "Velmira.so").lexically_normal().string();
+  return (fs::path(executableDirectory()) / VELMIRA_PLUGIN_FOLDER / "Velmira.so").lexically_normal().string();
 }
 
 std::string Locations::sample() {
-  fs::path installed =
-      (fs::path(executableDirectory()) / ".." / "share" / "velmira" / "samples" / "astronaut.png").lexically_normal();
-  std::error_code error;
-  if (fs::exists(installed, error)) return installed.string();
-  return (fs::path(VELMIRA_SOURCE_DIR) / "samples" / "astronaut.png").string();
+  return (fs::path(executableDirectory()) / VELMIRA_SAMPLE_FOLDER / "astronaut.png").lexically_normal().string();
 }
 
 }  // namespace Quillmere::Velmira

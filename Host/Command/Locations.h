@@ -4,11 +4,11 @@
 
 namespace Quillmere::Velmira {
 
-// Where the command finds what it ships with, relative to its own binary so that a build
-// tree and an installed tree both work without configuration:
-//   plug-in:  <bin>/../plugins/Velmira.so (the build's layout; an install keeps it)
-//   sample:   <bin>/../share/velmira/samples/astronaut.png when installed, else the
-//             samples/ folder of the source tree the binary was built from.
+// Where the command finds what it ships with: relative to its own executable, by the layout that an install has
+// and the build tree copies (the build fixes the folders), so that both work without configuration and an install
+// keeps working when the build tree is gone. With the default folders:
+//   plug-in:  <bin>/../lib/velmira/plugins/Velmira.so
+//   sample:   <bin>/../share/velmira/samples/astronaut.png
 class Locations {
 public:
   static std::string executableDirectory();

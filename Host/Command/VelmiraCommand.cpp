@@ -15,6 +15,7 @@
 #include "Core/HostError.h"
 #include "Core/ParamTrack.h"
 #include "Media/MediaLog.h"
+#include "VelmiraVersion.h"
 
 namespace Quillmere::Velmira {
 
@@ -163,6 +164,13 @@ int VelmiraCommand::run(int argc, char** argv) {
 }
 
 int VelmiraCommand::parseAndRun(int argc, char** argv) {
+  // `velmira --version` is answered before the plug-in loads: the version is the command's own, and it is asked
+  // for most where the plug-in or GL does not work. With other arguments CLI11 answers it after the load.
+  const std::string version = fmt::format("velmira {}", Version::kText);
+  if (argc == 2 && std::string(argv[1]) == "--version") {
+    std::puts(version.c_str());
+    return kSuccess;
+  }
   std::string pluginPath = pluginOption(argc, argv);
   if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
   EffectHost host(pluginPath, verboseFlag(argc, argv));
@@ -172,8 +180,9 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
       "loaded as an After Effects style plug-in"};
   app.footer(kKeyframeHelp);
   app.require_subcommand(1);
+  app.set_version_flag("--version", version);
   app.fallthrough();
-  app.add_option("--plugin", pluginPath, "The effect to load (default: ../plugins/Velmira.so beside this command)");
+  app.add_option("--plugin", pluginPath, "The effect to load (default: " + Locations::defaultPlugin() + ")");
   bool verbose = false;
   app.add_flag("-v,--verbose", verbose,
                "Show the plug-in's own printing and FFmpeg's notes on stderr, not only their errors");

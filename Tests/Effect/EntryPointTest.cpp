@@ -11,6 +11,7 @@
 #include "Core/EffectHost.h"
 #include "Core/HostError.h"
 #include "Velmira.h"
+#include "VelmiraVersion.h"
 
 namespace Quillmere::Velmira {
 namespace {
@@ -100,13 +101,15 @@ TEST(EntryPoint, UnhandledCommandsWriteNothingAndCallNothing) {
 TEST(EntryPoint, AboutGivesBackItsSuiteAndTurnsIntegersThrownInsideInto516) {
   CallRecorder calls;
   EffectHost host(EntryPointFunc, &calls);
-  EXPECT_EQ(host.about(), "Velmira v1.0\rVelmira");
+  const std::string about =
+      "Velmira v" + std::to_string(Version::kMajor) + "." + std::to_string(Version::kMinor) + "\rVelmira";
+  EXPECT_EQ(host.about(), about);
   const std::vector<CallRecorder::Call> all = calls.calls();
   ASSERT_GE(all.size(), 3u);
   Names suiteTraffic;
   for (auto call = all.end() - 3; call != all.end(); ++call) suiteTraffic.push_back(call->name + " " + call->text);
-  EXPECT_EQ(suiteTraffic, (Names{"AcquireSuite PF ANSI Suite", "ANSISuite.sprintf Velmira v1.0\rVelmira",
-                                 "ReleaseSuite PF ANSI Suite"}));
+  EXPECT_EQ(suiteTraffic,
+            (Names{"AcquireSuite PF ANSI Suite", "ANSISuite.sprintf " + about, "ReleaseSuite PF ANSI Suite"}));
 
   calls.failCall("AcquireSuite", calls.count("AcquireSuite") + 1, kSPSuiteNotFoundError);
   EXPECT_EQ(host.send(PF_Cmd_ABOUT), PF_Err_BAD_CALLBACK_PARAM) << "a missing suite is thrown as 13";

@@ -14,15 +14,17 @@
 #include "Helper/SuiteScoper.h"
 #include "HostContextBracket.h"
 #include "VelmiraRender.h"
+#include "VelmiraVersion.h"
 
 namespace Quillmere::Velmira {
 
 namespace {
 
 constexpr const char* kDisplayName = "Velmira";
-constexpr int kMajorVersion = 1;
-constexpr int kMinorVersion = 0;
-constexpr A_u_long kVersion = PF_VERSION(kMajorVersion, kMinorVersion, 0, PF_Stage_DEVELOP, 1);
+constexpr A_u_long kVersion =
+    PF_VERSION(Version::kMajor, Version::kMinor, Version::kPatch, Version::kStage, Version::kBuild);
+// The build packed the property list's word itself; a host refuses the effect if the two differ.
+static_assert(kVersion == Version::kEffectVersion, "a version field is too wide for its bits in PF_VERSION");
 // Neither deep-colour flag: the host hands this effect 8-bit frames only.
 constexpr PF_OutFlags kOutFlags = PF_OutFlag_NONE;
 constexpr PF_OutFlags2 kOutFlags2 = PF_OutFlag2_SUPPORTS_SMART_RENDER;
@@ -71,7 +73,7 @@ void UnionRect(const PF_LRect* src, PF_LRect* dst) {
 // The scoper releases the suite also when sprintf throws.
 PF_Err About(PF_InData* in_data, PF_OutData* out_data) {
   SuiteScoper<PF_ANSICallbacksSuite1> ansi(in_data, kPFANSISuite, kPFANSISuiteVersion1, nullptr, nullptr);
-  ansi->sprintf(out_data->return_msg, "%s v%d.%d\r%s", kDisplayName, kMajorVersion, kMinorVersion, kDisplayName);
+  ansi->sprintf(out_data->return_msg, "%s v%d.%d\r%s", kDisplayName, Version::kMajor, Version::kMinor, kDisplayName);
   return PF_Err_NONE;
 }
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+
+#include <fmt/format.h>
 #include <string>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
 #include "VelmiraRun.h"
+#include "VelmiraVersion.h"
 
 namespace Quillmere::Velmira {
 namespace {
@@ -53,6 +56,8 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   writeFile(fixtures.path("empty.png"), "");
   fs::create_directories(fixtures.path("folder.png"));
   const std::string kept = "kept.png";
+  const std::string version = fmt::format("Version = {:#x}", Version::kEffectVersion);
+  const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
 
   const Case cases[] = {
       {{"--help"}, 0, "Usage:"},
@@ -61,7 +66,8 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"mask", "--help"}, 0, "--skin-blur-range"},
       // The slider flags of render come from the plug-in, with their ranges in the help.
       {{"render", "--help"}, 0, "Skin Blur: 0 to 30, default 9 (whole numbers; the slider shows 0 to 300)"},
-      {{"about"}, 0, "Velmira v1.0\nVelmira\n"},
+      {{"about"}, 0, about},
+      {{"--version"}, 0, fmt::format("velmira {}\n", Version::kText)},
       {{"params"},
        0,
        "\nSkin Blur         --skin-blur         9         0 to 30           0 to 300          whole numbers\n"},
@@ -105,9 +111,10 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "p.png", "-o", "no/such/folder/out.png"}, 1, "out.png"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A plug-in that disagrees with its property list is refused.
-      {{"--plugin", pluginWithList(fixtures, "version", "Version = 0x80001", "Version = 0x80002"), "about"},
+      {{"--plugin", pluginWithList(fixtures, "version", version, "Version = 0x1"), "about"},
        1,
-       "the list declares version 0x80002, flags 0x0 and 0x400, but global setup declared version 0x80001"},
+       fmt::format("the list declares version 0x1, flags 0x0 and 0x400, but global setup declared version {:#x}",
+                   Version::kEffectVersion)},
       {{"--plugin", pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000"), "about"},
        1,
        "flags 0x2000000 and 0x400"},
