@@ -46,8 +46,8 @@ protected:
     host = std::make_unique<EffectHost>(EntryPointFunc, &calls);
   }
 
-  // A frame of the kind, rendered with the sliders; the result's distance from the reference, or -1 when the host
-  // reported a failure.
+  // A frame of the kind, rendered with the sliders: 0 when it matches the reference, 1 when it does not, -1 when the
+  // host reported a failure.
   int render(TestFrames::Kind kind, int width, int height, const ReferenceSliders& sliders = {}) {
     sliders.applyTo(*host);
     TestFrames::make(input, kind, width, height);
@@ -57,7 +57,7 @@ protected:
     } catch (const HostError&) {
       return -1;
     }
-    return ReferenceRender(sliders).render(input).compare(output).maximum;
+    return matchesReference(input, output, sliders) ? 0 : 1;
   }
 
   // The plug-in's objects live in its own share group: counted with its shared context current, then the thread is

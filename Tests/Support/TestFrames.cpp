@@ -21,43 +21,11 @@ A_u_char byte(double v) { return static_cast<A_u_char>(std::clamp(static_cast<in
 
 // Hue in 0..1 (wrapping), saturation and value in 0..1, to 8-bit red, green, blue.
 PF_Pixel8 fromHsv(double hue, double saturation, double value, A_u_char alpha) {
-  hue -= std::floor(hue);
-  const double sector = hue * 6.0;
-  const int i = static_cast<int>(sector) % 6;
-  const double f = sector - std::floor(sector);
-  const double p = value * (1 - saturation);
-  const double q = value * (1 - saturation * f);
-  const double t = value * (1 - saturation * (1 - f));
-  double r = value, g = t, b = p;
-  switch (i) {
-    case 1:
-      r = q;
-      g = value;
-      b = p;
-      break;
-    case 2:
-      r = p;
-      g = value;
-      b = t;
-      break;
-    case 3:
-      r = p;
-      g = q;
-      b = value;
-      break;
-    case 4:
-      r = t;
-      g = p;
-      b = value;
-      break;
-    case 5:
-      r = value;
-      g = p;
-      b = q;
-      break;
-    default: break;
-  }
-  return PF_Pixel8{alpha, byte(r * 255), byte(g * 255), byte(b * 255)};
+  auto channel = [&](double n) {
+    const double k = std::fmod(n + (hue - std::floor(hue)) * 6.0, 6.0);
+    return byte(255.0 * value * (1.0 - saturation * std::clamp(std::min(k, 4.0 - k), 0.0, 1.0)));
+  };
+  return PF_Pixel8{alpha, channel(5.0), channel(3.0), channel(1.0)};
 }
 
 PF_Pixel8 withGrain(PF_Pixel8 pixel, int x, int y, int amplitude) {

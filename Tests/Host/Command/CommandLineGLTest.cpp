@@ -59,35 +59,36 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   const std::string version = fmt::format("Version = {:#x}", Version::kEffectVersion);
   const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
 
+  const std::string badVersion = pluginWithList(fixtures, "version", version, "Version = 0x1");
+  const std::string badFlags = pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000");
+  const std::string badFlags2 = pluginWithList(fixtures, "flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400");
+  const std::string badEntry = pluginWithList(fixtures, "entry", "EntryPointFunc", "PluginMain");
+  const std::string noKey = pluginWithList(fixtures, "nokey", "MatchName = Quillmere Velmira", "");
+  const std::string noList = pluginWithList(fixtures, "missing", "", "");
+  const std::string declared = fmt::format(
+      "the list declares version 0x1, flags 0x0 and 0x400, but global setup "
+      "declared version {:#x}",
+      Version::kEffectVersion);
+  // clang-format off
   const Case cases[] = {
       {{"--help"}, 0, "Usage:"},
       {{"about", "--help"}, 0, "Usage:"},
       {{"params", "--help"}, 0, "Usage:"},
       {{"mask", "--help"}, 0, "--skin-blur-range"},
-      // The slider flags of render come from the plug-in, with their ranges in the help.
+      // The slider flags come from the plug-in, with their ranges in the help and the params table.
       {{"render", "--help"}, 0, "Skin Blur: 0 to 30, default 9 (whole numbers; the slider shows 0 to 300)"},
+      {{"params"}, 0, "\nSkin Blur         --skin-blur         9         0 to 30           0 to 300          whole"},
+      {{"params"}, 0, "\nSkin Whiten       --skin-whiten       30.0 %    0.0 to 100.0 %    0.0 to 100.0 %    percent"},
       {{"about"}, 0, about},
       {{"--version"}, 0, fmt::format("velmira {}\n", Version::kText)},
-      {{"params"},
-       0,
-       "\nSkin Blur         --skin-blur         9         0 to 30           0 to 300          whole numbers\n"},
-      {{"params"},
-       0,
-       "\nSkin Whiten       --skin-whiten       30.0 %    0.0 to 100.0 %    0.0 to 100.0 %    percent, in tenths\n"},
       // Usage errors: exit 2, before anything is read or written.
-      {{"render", "p.png", "-o", kept, "--skin-whiten", "120"},
-       2,
-       "--skin-whiten: Skin Whiten: 120 is outside its valid range 0 to 100 %"},
-      {{"render", "p.png", "-o", kept, "--skin-blur", "0@0,31@1"},
-       2,
-       "Skin Blur: 31 is outside its valid range 0 to 30"},
+      {{"render", "p.png", "-o", kept, "--skin-whiten", "120"}, 2, "--skin-whiten: Skin Whiten: 120 is outside its valid range 0 to 100 %"},
+      {{"render", "p.png", "-o", kept, "--skin-blur", "0@0,31@1"}, 2, "Skin Blur: 31 is outside its valid range 0 to 30"},
       {{"render", "p.png", "-o", kept, "--skin-redden", "5@x"}, 2, "--skin-redden 5@x: 'x' is not a number"},
       {{"render", "p.png", "-o", kept, "--frames", "9-3"}, 2, "--frames: '9-3' ends before it starts"},
       {{"render", "p.png", "-o", kept, "--frames", "3-x"}, 2, "--frames: '3-x' is not a frame range A-B"},
       {{"render", "p.png", "-o", kept, "--bogus"}, 2, "--bogus"},
-      {{"render", video, "-o", kept, "--compare", "c.png", "--compare-frame", "50", "--frames", "0-3"},
-       2,
-       "--compare-frame 50 lies outside --frames 0-3"},
+      {{"render", video, "-o", kept, "--compare", "c.png", "--compare-frame", "50", "--frames", "0-3"}, 2, "--compare-frame 50 lies outside --frames 0-3"},
       {{"mask", "p.png"}, 2, "--output is required"},
       {{"mask", "p.png", "-o", kept, "--skin-whiten", "5"}, 2, "--skin-whiten"},
       {{"paint"}, 2, "subcommand"},
@@ -111,27 +112,14 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "p.png", "-o", "no/such/folder/out.png"}, 1, "out.png"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A plug-in that disagrees with its property list is refused.
-      {{"--plugin", pluginWithList(fixtures, "version", version, "Version = 0x1"), "about"},
-       1,
-       fmt::format("the list declares version 0x1, flags 0x0 and 0x400, but global setup declared version {:#x}",
-                   Version::kEffectVersion)},
-      {{"--plugin", pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000"), "about"},
-       1,
-       "flags 0x2000000 and 0x400"},
-      {{"--plugin", pluginWithList(fixtures, "flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400"), "about"},
-       1,
-       "flags 0x0 and 0x1400"},
-      {{"--plugin", pluginWithList(fixtures, "entry", "EntryPoint = EntryPointFunc", "EntryPoint = PluginMain"),
-        "about"},
-       1,
-       "has no entry 'PluginMain'"},
-      {{"--plugin", pluginWithList(fixtures, "nokey", "MatchName = Quillmere Velmira", ""), "about"},
-       1,
-       "has no 'MatchName'"},
-      {{"--plugin", pluginWithList(fixtures, "missing", "", ""), "about"},
-       1,
-       "cannot read the plug-in's property list"},
+      {{"--plugin", badVersion, "about"}, 1, declared},
+      {{"--plugin", badFlags, "about"}, 1, "flags 0x2000000 and 0x400"},
+      {{"--plugin", badFlags2, "about"}, 1, "flags 0x0 and 0x1400"},
+      {{"--plugin", badEntry, "about"}, 1, "has no entry 'PluginMain'"},
+      {{"--plugin", noKey, "about"}, 1, "has no 'MatchName'"},
+      {{"--plugin", noList, "about"}, 1, "cannot read the plug-in's property list"},
   };
+  // clang-format on
   const std::vector<std::string> inputs = {picture, video, fixtures.path("seq/f_7.png"), fixtures.path("f_0000.png")};
   std::vector<std::string> before;
   for (const std::string& input : inputs) before.push_back(readFile(input));
