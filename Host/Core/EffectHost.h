@@ -27,7 +27,8 @@ class CallRecorder;
 // linked into them through it, with a CallRecorder attached to see and fail the calls.
 //
 // One host at a time per process: suites and the C library carry no pointer back to a host, so they reach the one
-// made last. Every command must come from the thread that made the host: the effect's GL contexts belong to it.
+// made last. Commands come one at a time, and the effect does its GL work on the thread that sends each: the
+// velmira command sends them all from the thread that made the host.
 class EffectHost {
 public:
   // Loads the plug-in (its property list first). What it prints is kept from standard output, which carries the
