@@ -75,24 +75,36 @@ protected:
   ArgbFrame input, output;
 };
 
+// A frame's GL work in order (upload, skin pass, resolve, screen pass, read-back) and its host calls (both worlds
+// before the sliders, the sliders before the read-back's handle). The skin pass of every draw sets the texture on
+// unit 0, then multiplier16bit, skinColorRange, whitening, pinking, redden, and viewSize, which must be the frame's
+// size since the shader samples by fragment position. Everything taken from the host goes back.
 TEST_F(RenderCommands, OneFrameRunsUploadSkinPassResolveScreenPassReadBackInOrder) {
-  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 12, 7), 0);  // the first frame also compiles and makes objects
+  const ReferenceSliders sliders{9, 12.5, 30, 40, 50};
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, sliders), 0);  // the first frame also compiles and makes objects
   const std::size_t before = calls.calls().size();
   GLCallLog log;
-  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 12, 7), 0);
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, sliders), 0);
   const Names expected = {"glDrawBuffer",     "glRenderbufferStorageMultisample",
                           "glTexSubImage2D",  "glDrawArrays",
                           "glDeleteTextures", "glBlitFramebuffer",
                           "glDrawArrays",     "glDeleteTextures",
                           "glReadPixels"};
   EXPECT_EQ(among(log.names(), expected), expected);
-  // The host's calls: both worlds before the sliders, the sliders before the read-back's handle.
+  const Names uniforms = log.only({"glUniform1i", "glUniform1f", "glUniform2f"});
+  const Names values = {", 0)", "1)", "0.125)", "0.3)", "0.5)", "0.4)", "13, 7)"};
+  ASSERT_GE(uniforms.size(), values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    EXPECT_EQ(uniforms[i].compare(uniforms[i].size() - values[i].size(), values[i].size(), values[i]), 0)
+        << uniforms[i];
+  }
   Names names = calls.names();
   names.erase(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(before));
   const Names bracket = {"checkout_layer_pixels", "checkout_output", "checkout_param", "HandleSuite.host_new_handle"};
   EXPECT_EQ(among(names, bracket, true), bracket);
   EXPECT_EQ(host->heldSuites(), 0);
   EXPECT_EQ(EffectHost::liveHandles(), 0u);
+  EXPECT_EQ(host->openParamCheckouts(), 0);
   EXPECT_TRUE(hostContext.isCurrent());
 }
 
@@ -115,24 +127,11 @@ TEST_F(RenderCommands, FrameBuffersFollowTheSizeAndTheShaderTheBlurSize) {
   }
 }
 
-// The skin pass of every draw: the texture on unit 0, then multiplier16bit, skinColorRange, whitening, pinking,
-// redden, and viewSize, which must be the frame's size since the shader samples by fragment position. A new blur
-// size deletes the old program before it makes the new one.
-TEST_F(RenderCommands, EveryDrawSetsTheSlidersAndANewBlurSizeReplacesTheProgram) {
-  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {9, 12.5, 30, 40, 50}), 0);
-  {
-    GLCallLog log;
-    ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {9, 12.5, 30, 40, 50}), 0);
-    const Names uniforms = log.only({"glUniform1i", "glUniform1f", "glUniform2f"});
-    const Names values = {", 0)", "1)", "0.125)", "0.3)", "0.5)", "0.4)", "13, 7)"};
-    ASSERT_GE(uniforms.size(), values.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      EXPECT_EQ(uniforms[i].compare(uniforms[i].size() - values[i].size(), values[i].size(), values[i]), 0)
-          << uniforms[i];
-    }
-  }
+// A new blur size deletes the old program before it makes the new one.
+TEST_F(RenderCommands, ANewBlurSizeDeletesTheOldProgramBeforeMakingTheNew) {
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {9}), 0);
   GLCallLog log;
-  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {11, 12.5, 30, 40, 50}), 0);
+  ASSERT_EQ(render(TestFrames::Kind::SkinGrain, 13, 7, {11}), 0);
   const Names order = log.only({"glDeleteProgram", "glCreateShader", "glLinkProgram"});
   ASSERT_EQ(order.size(), 4u);
   EXPECT_EQ(order[0].rfind("glDeleteProgram", 0), 0u) << order[0];

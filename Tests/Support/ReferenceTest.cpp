@@ -49,25 +49,18 @@ TEST(ReferenceRender, StorageBetweenPassesIsEightBitPremultipliedAndReadAtRowbyt
     int width, height, rowbytes;
     Bytes expected;
   };
+  // clang-format off
   const Case cases[] = {
-      {"neutral sliders leave opaque pixels as they were",
-       kNeutral,
-       {255, 200, 100, 50, 255, 0, 255, 7, 255, 13, 14, 15, 255, 255, 255, 255},
-       2,
-       2,
-       8,
+      {"neutral sliders leave opaque pixels as they were", kNeutral,
+       {255, 200, 100, 50, 255, 0, 255, 7, 255, 13, 14, 15, 255, 255, 255, 255}, 2, 2, 8,
        {255, 200, 100, 50, 255, 0, 255, 7, 255, 13, 14, 15, 255, 255, 255, 255}},
       // 200 * 128 / 255 = 100.39 is stored as 100, and 100 / 128 * 255 = 199.2 comes back as 199.
       {"partial alpha loses precision", kNeutral, {128, 200, 100, 50}, 1, 1, 4, {128, 199, 100, 50}},
       {"alpha 0 comes back all zero, whitening or not", ReferenceSliders{}, {0, 200, 100, 50}, 1, 1, 4, {0, 0, 0, 0}},
-      {"padding holds a colour that must not be read",
-       kNeutral,
-       {255, 10, 20, 30, 255, 255, 255, 255, 255, 40, 50, 60, 0, 0, 0, 0},
-       1,
-       2,
-       8,
-       {255, 10, 20, 30, 255, 40, 50, 60}},
+      {"padding holds a colour that must not be read", kNeutral,
+       {255, 10, 20, 30, 255, 255, 255, 255, 255, 40, 50, 60, 0, 0, 0, 0}, 1, 2, 8, {255, 10, 20, 30, 255, 40, 50, 60}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     const ReferenceFrame frame = ReferenceRender(c.sliders).render(c.input.data(), c.width, c.height, c.rowbytes);
     EXPECT_EQ(frame.expected(), c.expected) << c.what;
