@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -36,15 +37,6 @@ void check(int err, const std::string& what) {
   if (err < 0) throw std::runtime_error("fixture: " + what + " failed with FFmpeg error " + std::to_string(err));
 }
 
-Frame frame(int format, int width, int height) {
-  Frame f(av_frame_alloc());
-  f->format = format;
-  f->width = width;
-  f->height = height;
-  check(av_frame_get_buffer(f.get(), 0), "frame");
-  return f;
-}
-
 // Opens `codec` and gives it a stream of `out` in its own time base.
 AVStream* addStream(AVFormatContext* out, AVCodecContext* codec, AVDictionary* options) {
   if (out->oformat->flags & AVFMT_GLOBALHEADER) codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -68,6 +60,60 @@ void encode(AVFormatContext* out, AVCodecContext* codec, AVStream* stream, const
     packet->stream_index = stream->index;
     check(av_interleaved_write_frame(out, packet.get()), "write");
   }
+}
+
+// Writes `frames` pictures, each filled by `fill`, with `codec` into `file` (a video, or one picture through the
+// image muxer), beside a silent stereo AAC track as long as the pictures when `audio`.
+void mux(const std::string& file, AVCodecContext* codec, AVDictionary* options, int frames, bool audio,
+         const std::optional<double>& rotation, const std::function<void(AVFrame&, int)>& fill) {
+  AVFormatContext* raw = nullptr;
+  check(avformat_alloc_output_context2(&raw, nullptr, nullptr, file.c_str()), "output " + file);
+  std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> out(raw, [](AVFormatContext* c) {
+    avio_closep(&c->pb);
+    avformat_free_context(c);
+  });
+  AVStream* stream = addStream(out.get(), codec, options);
+  if (rotation)
+    av_display_rotation_set(reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36)),
+                            *rotation);
+  Codec sound(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_AAC)));
+  sound->sample_fmt = AV_SAMPLE_FMT_FLTP;
+  sound->sample_rate = 48000;
+  av_channel_layout_default(&sound->ch_layout, 2);
+  sound->time_base = AVRational{1, 48000};
+  AVStream* soundStream = audio ? addStream(out.get(), sound.get(), nullptr) : nullptr;
+  if (!(out->oformat->flags & AVFMT_NOFILE)) check(avio_open(&out->pb, file.c_str(), AVIO_FLAG_WRITE), "open " + file);
+  AVDictionary* muxing = nullptr;
+  av_dict_set(&muxing, "update", "1", 0);  // the image muxer writes one picture under the name as it is
+  const int err = avformat_write_header(out.get(), &muxing);
+  av_dict_free(&muxing);
+  check(err, "header");
+  Frame picture(av_frame_alloc()), samples(av_frame_alloc());
+  picture->format = codec->pix_fmt;
+  picture->width = codec->width;
+  picture->height = codec->height;
+  check(av_frame_get_buffer(picture.get(), 0), "picture frame");
+  samples->format = sound->sample_fmt;
+  samples->nb_samples = audio ? sound->frame_size : 0;
+  check(av_channel_layout_copy(&samples->ch_layout, &sound->ch_layout), "layout");
+  if (audio) check(av_frame_get_buffer(samples.get(), 0), "audio frame");
+  if (audio) av_samples_set_silence(samples->data, 0, samples->nb_samples, 2, sound->sample_fmt);
+  std::int64_t samplesDone = 0;
+  for (int i = 0; i < frames; ++i) {
+    check(av_frame_make_writable(picture.get()), "frame writable");
+    fill(*picture, i);
+    picture->pts = i;
+    encode(out.get(), codec, stream, picture.get());
+    // Audio up to the end of this frame, in whole AAC frames.
+    for (; audio && av_compare_ts(samplesDone, sound->time_base, i + 1, codec->time_base) < 0;
+         samplesDone += samples->nb_samples) {
+      samples->pts = samplesDone;
+      encode(out.get(), sound.get(), soundStream, samples.get());
+    }
+  }
+  encode(out.get(), codec, stream, nullptr);
+  if (audio) encode(out.get(), sound.get(), soundStream, nullptr);
+  check(av_write_trailer(out.get()), "trailer");
 }
 
 // Y'CbCr of an R'G'B' colour by the matrix's luma weights, scaled to the limited or the full 8-bit range.
@@ -95,79 +141,31 @@ MediaFixtures::~MediaFixtures() {
 std::string MediaFixtures::path(const std::string& name) const { return (fs::path(mFolder) / name).string(); }
 
 std::string MediaFixtures::makeVideo(const Video& video) {
-  const std::string file = path(video.name);
-  AVFormatContext* raw = nullptr;
-  check(avformat_alloc_output_context2(&raw, nullptr, nullptr, file.c_str()), "output " + file);
-  std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> out(raw, [](AVFormatContext* c) {
-    avio_closep(&c->pb);
-    avformat_free_context(c);
-  });
-  Codec picture(avcodec_alloc_context3(avcodec_find_encoder_by_name("libx264")));
-  picture->width = video.width;
-  picture->height = video.height;
-  picture->pix_fmt = AV_PIX_FMT_YUV420P;
-  picture->time_base = AVRational{video.rateDen, video.rateNum};
-  picture->framerate = AVRational{video.rateNum, video.rateDen};
-  picture->colorspace = static_cast<AVColorSpace>(video.matrix);
-  picture->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-  picture->thread_count = 1;
+  Codec codec(avcodec_alloc_context3(avcodec_find_encoder_by_name("libx264")));
+  codec->width = video.width;
+  codec->height = video.height;
+  codec->pix_fmt = AV_PIX_FMT_YUV420P;
+  codec->time_base = AVRational{video.rateDen, video.rateNum};
+  codec->framerate = AVRational{video.rateNum, video.rateDen};
+  codec->colorspace = static_cast<AVColorSpace>(video.matrix);
+  codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+  codec->thread_count = 1;
   AVDictionary* options = nullptr;
   // Lossless, so that a decoded colour differs from the one asked for only by the YUV conversion.
   av_dict_set(&options, "qp", "0", 0);
   av_dict_set(&options, "preset", "ultrafast", 0);
-  AVStream* pictureStream = addStream(out.get(), picture.get(), options);
-  if (video.rotation)
-    av_display_rotation_set(
-        reinterpret_cast<int32_t*>(av_stream_new_side_data(pictureStream, AV_PKT_DATA_DISPLAYMATRIX, 36)),
-        *video.rotation);
-  Codec sound;
-  AVStream* soundStream = nullptr;
-  if (video.audio) {
-    sound.reset(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_AAC)));
-    sound->sample_fmt = AV_SAMPLE_FMT_FLTP;
-    sound->sample_rate = 48000;
-    av_channel_layout_default(&sound->ch_layout, 2);
-    sound->time_base = AVRational{1, 48000};
-    soundStream = addStream(out.get(), sound.get(), nullptr);
-  }
-  check(avio_open(&out->pb, file.c_str(), AVIO_FLAG_WRITE), "open " + file);
-  check(avformat_write_header(out.get(), nullptr), "header");
-
-  Frame image = frame(AV_PIX_FMT_YUV420P, video.width, video.height);
-  Frame samples(av_frame_alloc());
-  if (sound) {  // silence: the tests count and place audio packets, they never listen
-    samples->format = sound->sample_fmt;
-    samples->nb_samples = sound->frame_size;
-    check(av_channel_layout_copy(&samples->ch_layout, &sound->ch_layout), "layout");
-    check(av_frame_get_buffer(samples.get(), 0), "audio frame");
-    av_samples_set_silence(samples->data, 0, samples->nb_samples, 2, sound->sample_fmt);
-  }
   const std::array<int, 3> flat = toYuv(video.colour, video);
-  std::int64_t samplesDone = 0;
-  for (int i = 0; i < video.frames; ++i) {
-    const int grey = frameMarker(i);
-    const std::array<int, 3> marker = toYuv({grey, grey, grey}, video);
-    check(av_frame_make_writable(image.get()), "frame writable");
+  mux(path(video.name), codec.get(), options, video.frames, video.audio, video.rotation, [&](AVFrame& frame, int i) {
+    const std::array<int, 3> marker = toYuv({frameMarker(i), frameMarker(i), frameMarker(i)}, video);
     for (int plane = 0; plane < 3; ++plane) {
       const int shift = plane == 0 ? 0 : 1;  // 4:2:0 chroma is half the size both ways
       for (int y = 0; y < video.height >> shift; ++y)
         for (int x = 0; x < video.width >> shift; ++x)
-          image->data[plane][y * image->linesize[plane] + x] =
+          frame.data[plane][y * frame.linesize[plane] + x] =
               static_cast<uint8_t>((x << shift) < 16 && (y << shift) < 16 ? marker[plane] : flat[plane]);
     }
-    image->pts = i;
-    encode(out.get(), picture.get(), pictureStream, image.get());
-    // Audio up to the end of this frame, in whole AAC frames.
-    for (; sound && samplesDone * video.rateNum < std::int64_t{i + 1} * 48000 * video.rateDen;
-         samplesDone += samples->nb_samples) {
-      samples->pts = samplesDone;
-      encode(out.get(), sound.get(), soundStream, samples.get());
-    }
-  }
-  encode(out.get(), picture.get(), pictureStream, nullptr);
-  if (sound) encode(out.get(), sound.get(), soundStream, nullptr);
-  check(av_write_trailer(out.get()), "trailer");
-  return file;
+  });
+  return path(video.name);
 }
 
 ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
@@ -183,38 +181,31 @@ ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
 }
 
 std::string MediaFixtures::makePicture(const Picture& picture) {
-  const std::string file = path(picture.name);
-  const bool tiff = fs::path(file).extension() == ".tif";  // else PNG
-  const AVPixelFormat format = !picture.sixteenBit ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
-                               : tiff              ? (picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
-                                                   : (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE);
-  Codec c(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
-  c->width = picture.width;
-  c->height = picture.height;
-  c->pix_fmt = format;
-  c->time_base = AVRational{1, 25};
-  check(avcodec_open2(c.get(), c->codec, nullptr), "open picture encoder");
-  Frame image = frame(format, picture.width, picture.height);
-  const int channels = picture.alpha ? 4 : 3;
+  const bool tiff = fs::path(picture.name).extension() == ".tif";  // else PNG
+  const int channels = picture.alpha ? 4 : 3, bytes = picture.sixteenBit ? 2 : 1;
+  Codec codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
+  codec->width = picture.width;
+  codec->height = picture.height;
+  codec->pix_fmt = bytes == 1 ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
+                   : tiff     ? (picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
+                              : (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE);
+  codec->time_base = AVRational{1, 25};
   const ArgbFrame argb = pattern(picture.width, picture.height, picture.index, picture.alpha);
-  for (int y = 0; y < picture.height; ++y)
-    for (int x = 0; x < picture.width; ++x)
-      for (int ch = 0; ch < channels; ++ch) {
-        // v * 257 + e rounds to v for |e| < 128.5; e varies, so that truncating instead of rounding, or taking the
-        // bytes in the wrong order, comes out wrong somewhere.
-        const int v = argb.row(y)[x * 4 + (ch + 1) % 4], bytes = picture.sixteenBit ? 2 : 1;
-        const int stored = bytes == 1 ? v : std::clamp(v * 257 + (x * 37 + y * 11 + ch * 53) % 255 - 127, 0, 65535);
-        for (int b = 0; b < bytes; ++b)  // TIFF's 16 bits are little-endian, PNG's big-endian
-          image->data[0][y * image->linesize[0] + (x * channels + ch) * bytes + b] =
-              static_cast<uint8_t>(stored >> 8 * (tiff ? b : bytes - 1 - b));
-      }
-  Packet packet(av_packet_alloc());
-  check(avcodec_send_frame(c.get(), image.get()), "encode picture");
-  check(avcodec_send_frame(c.get(), nullptr), "flush picture");
-  check(avcodec_receive_packet(c.get(), packet.get()), "picture packet");
-  fs::create_directories(fs::path(file).parent_path());
-  writeFile(file, std::string(reinterpret_cast<const char*>(packet->data), static_cast<std::size_t>(packet->size)));
-  return file;
+  fs::create_directories(fs::path(path(picture.name)).parent_path());
+  mux(path(picture.name), codec.get(), nullptr, 1, false, {}, [&](AVFrame& frame, int) {
+    for (int y = 0; y < picture.height; ++y)
+      for (int x = 0; x < picture.width; ++x)
+        for (int ch = 0; ch < channels; ++ch) {
+          // v * 257 + e rounds to v for |e| < 128.5; e varies, so that truncating instead of rounding, or taking
+          // the bytes in the wrong order, comes out wrong somewhere.
+          const int v = argb.row(y)[x * 4 + (ch + 1) % 4];
+          const int stored = bytes == 1 ? v : std::clamp(v * 257 + (x * 37 + y * 11 + ch * 53) % 255 - 127, 0, 65535);
+          for (int b = 0; b < bytes; ++b)  // TIFF's 16 bits are little-endian, PNG's big-endian
+            frame.data[0][y * frame.linesize[0] + (x * channels + ch) * bytes + b] =
+                static_cast<uint8_t>(stored >> 8 * (tiff ? b : bytes - 1 - b));
+        }
+  });
+  return path(picture.name);
 }
 
 std::string MediaFixtures::makeSequence(const std::string& pattern, int first, int count, int width, int height) {

@@ -14,10 +14,8 @@ class MediaFixtures {
 public:
   struct Video {
     std::string name = "clip.mp4";  // .mp4, .mov or .mkv
-    int width = 64;
-    int height = 48;
-    int rateNum = 25;
-    int rateDen = 1;
+    int width = 64, height = 48;
+    int rateNum = 25, rateDen = 1;  // frames per second
     int frames = 10;
     bool audio = true;  // a stereo AAC track as long as the video
     // Every pixel is this colour (r, g, b), made YUV with `matrix` (AVColorSpace: 1 BT.709, 6 BT.601) and
@@ -30,8 +28,7 @@ public:
 
   struct Picture {
     std::string name = "picture.png";  // .png or .tif
-    int width = 24;
-    int height = 16;
+    int width = 24, height = 16;
     bool alpha = false;
     bool sixteenBit = false;  // each value v stored as one that rounds to v but whose low byte is not v
     int index = 0;            // varies the pattern, so the frames of a sequence differ

@@ -28,49 +28,6 @@ TEST(MediaReader, FrameRangeDropsBeforeAndStopsAfter) {
   EXPECT_THROW(MediaReader(clip, FrameRange{5, 2}), MediaError) << "an inverted range";
 }
 
-// A flat colour made YUV with a given matrix and range must come back as that colour, so the reader has to use the
-// stream's own matrix and range, and a video written from it must keep both. Lossless input: within 3 per channel
-// (Y, Cb and Cr rounded to whole codes, spread by the inverse matrix, then the result rounded); written again
-// through H.264: within 4. The wrong matrix moves this colour by 8 or more, the wrong range by 12.
-TEST(MediaReader, YuvIsDecodedWithTheStreamsOwnMatrixAndRangeAndAWriteKeepsThem) {
-  for (const int matrix : {1, 6}) {
-    for (const bool full : {false, true}) {
-      const std::string name = "colour-" + std::to_string(matrix) + (full ? "-full" : "-limited");
-      SCOPED_TRACE(name);
-      const MediaFixtures::Video video{name + ".mp4", 64, 48, 25, 1, 2, false, {200, 120, 80}, matrix, full, {}};
-      const std::string input = sharedMedia().makeVideo(video), output = sharedMedia().path(name + ".mkv");
-      copy(input, output);
-      for (const std::string& path : {input, output}) {
-        MediaInfo info;
-        const ArgbFrame frame = readFrames(path, &info).at(0);
-        EXPECT_EQ(info.colourMatrix, matrix) << path;
-        EXPECT_EQ(info.fullRange, full) << path;
-        for (int c = 0; c < 3; ++c)
-          EXPECT_NEAR(channel(frame, 40, 30, c + 1), video.colour[static_cast<std::size_t>(c)], path == input ? 3 : 4)
-              << path << " channel "
-              << "rgb"[c];
-      }
-    }
-  }
-}
-
-TEST(MediaReader, PicturesComeBackExactWithAlphaAndDeepChannelsBroughtToEightBits) {
-  const MediaFixtures::Picture pictures[] = {
-      {"rgb.png", 24, 16, false, false, 3},  {"rgba.png", 24, 16, true, false, 3},
-      {"rgb16.png", 24, 16, false, true, 3}, {"rgba16.png", 24, 16, true, true, 3},
-      {"rgba.tif", 17, 9, true, false, 3},   {"rgb16.tif", 17, 9, false, true, 3},
-      {"rgba16.tif", 17, 9, true, true, 3}};
-  for (const MediaFixtures::Picture& p : pictures) {
-    SCOPED_TRACE(p.name);
-    MediaInfo info;
-    const std::vector<ArgbFrame> frames = readFrames(sharedMedia().makePicture(p), &info);
-    EXPECT_EQ(info.hasAlpha, p.alpha);
-    EXPECT_EQ(info.reducedToEightBits, p.sixteenBit);
-    ASSERT_EQ(frames.size(), 1u);
-    EXPECT_EQ(firstDifference(frames[0], MediaFixtures::pattern(p.width, p.height, 3, p.alpha)), "");
-  }
-}
-
 // Every bad input fails with the one error class, naming the file at fault: the input, or the file of a sequence.
 TEST(MediaReader, BadInputsGiveAnErrorNamingTheFile) {
   MediaFixtures& media = sharedMedia();

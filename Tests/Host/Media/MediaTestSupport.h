@@ -1,7 +1,6 @@
 // What the media tests share: one folder of test media, a copy as the host makes it, and ways to compare frames.
 #pragma once
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -13,14 +12,16 @@
 namespace Quillmere::Velmira {
 
 // Made at first use and kept for the whole program: making H.264 with audio is the slow part. Each clip has ten
-// frames, a stereo AAC track and a display matrix turning it 90 degrees clockwise; misnamed.png is clip.mp4.
+// frames of one flat colour, a stereo AAC track and a display matrix turning it 90 degrees clockwise; between them
+// they hold both YUV matrices in both ranges. misnamed.png is clip.mp4.
 inline MediaFixtures& sharedMedia() {
   static MediaFixtures* media = [] {
     static MediaFixtures made;
-    for (const char* name : {"clip.mp4", "clip.mov", "clip.mkv", "ntsc.mov"}) {
-      const bool ntsc = std::string(name) == "ntsc.mov";
-      made.makeVideo({name, 64, 48, ntsc ? 30000 : 25, ntsc ? 1001 : 1, 10, true, {200, 120, 80}, 1, false, 90.0});
-    }
+    const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
+    made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, colour, 1, false, 90.0});
+    made.makeVideo({"clip.mov", 64, 48, 25, 1, 10, true, colour, 6, true, 90.0});
+    made.makeVideo({"clip.mkv", 64, 48, 25, 1, 10, true, colour, 6, false, 90.0});
+    made.makeVideo({"ntsc.mov", 64, 48, 30000, 1001, 10, true, colour, 1, true, 90.0});
     std::filesystem::copy_file(made.path("clip.mp4"), made.path("misnamed.png"));
     return &made;
   }();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -23,47 +24,50 @@ std::vector<std::string> filesIn(const std::string& folder) {
   return names;
 }
 
-// How many audio packets a file holds, read with libavformat alone, and the seconds they span.
-struct Audio {
+// How many audio packets a file holds, read with libavformat alone, and the seconds from the first one's start to
+// the last one's end.
+std::tuple<int, double, double> audioOf(const std::string& path) {
   int packets = 0;
   double start = 1e9, end = -1e9;
-};
-
-Audio audioOf(const std::string& path) {
-  Audio audio;
   AVFormatContext* format = nullptr;
-  if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) return audio;
+  if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) return {packets, start, end};
   AVPacket* packet = av_packet_alloc();
   for (; av_read_frame(format, packet) >= 0; av_packet_unref(packet)) {
     const AVStream* stream = format->streams[packet->stream_index];
     if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-    ++audio.packets;
-    audio.start = std::min(audio.start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
-    audio.end = std::max(audio.end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
+    ++packets;
+    start = std::min(start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
+    end = std::max(end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
   }
   av_packet_free(&packet);
   avformat_close_input(&format);
-  return audio;
+  return {packets, start, end};
 }
 
 // Read, then written again as the host does: every frame in order at its time, and the output keeps rate, time
-// base, timestamps, rotation and every audio packet; a range starts at zero with only the audio of its time span (AAC
-// packets of 21.3 ms overlap its ends by at most one). Matroska has no place for a display matrix; what a file holds,
-// not its name, makes it a video.
-TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationAndAudio) {
+// base, timestamps, rotation, YUV matrix and range, and every audio packet; a range starts at zero with only the audio
+// of its time span (AAC packets of 21.3 ms overlap its ends by at most one). Matroska has no place for a display
+// matrix; what a file holds, not its name, makes it a video.
+// The flat colour comes back within 3 per channel (Y, Cb and Cr rounded to whole codes, spread by the inverse
+// matrix, then the result rounded), and within 4 once written again through H.264; the wrong matrix moves it by 8
+// or more, the wrong range by 12.
+TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationColoursAndAudio) {
   struct Clip {
     const char* input;
     const char* output;
     Rational rate;
     double rotation;  // counter-clockwise: the fixtures turn them 90 degrees clockwise
+    int matrix;
+    bool fullRange;
     FrameRange range;
   };
-  const Clip clips[] = {{"clip.mp4", "out.mp4", {25, 1}, -90.0, {}},
-                        {"clip.mov", "out.mov", {25, 1}, -90.0, {}},
-                        {"clip.mkv", "out.mkv", {25, 1}, 0.0, {}},
-                        {"ntsc.mov", "ntsc-out.mov", {30000, 1001}, -90.0, {}},
-                        {"misnamed.png", "misnamed-out.mov", {25, 1}, -90.0, {}},
-                        {"clip.mp4", "range.mp4", {25, 1}, -90.0, {3, 6}}};
+  const Clip clips[] = {{"clip.mp4", "out.mp4", {25, 1}, -90.0, 1, false, {}},
+                        {"clip.mov", "out.mov", {25, 1}, -90.0, 6, true, {}},
+                        {"clip.mkv", "out.mkv", {25, 1}, 0.0, 6, false, {}},
+                        {"ntsc.mov", "ntsc-out.mov", {30000, 1001}, -90.0, 1, true, {}},
+                        {"misnamed.png", "misnamed-out.mov", {25, 1}, -90.0, 1, false, {}},
+                        {"clip.mp4", "range.mp4", {25, 1}, -90.0, 1, false, {3, 6}}};
+  const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
   for (const Clip& c : clips) {
     SCOPED_TRACE(c.output);
     const std::string input = sharedMedia().path(c.input), output = sharedMedia().path(c.output);
@@ -71,53 +75,60 @@ TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationAndAudio) {
     MediaInfo in, out;
     const std::vector<ArgbFrame> read = readFrames(input, &in), written = readFrames(output, &out);
     const int first = static_cast<int>(c.range.first), frames = c.range.last < 0 ? 10 : 4;
-    for (const MediaInfo* info : {&in, &out}) {
-      EXPECT_TRUE(info->frameRate == c.rate) << info->frameRate.num << "/" << info->frameRate.den;
-      EXPECT_NEAR(info->rotationDegrees, c.rotation, 1e-6);
-    }
+    EXPECT_TRUE(out.frameRate == c.rate) << out.frameRate.num << "/" << out.frameRate.den;
     EXPECT_TRUE(out.timeBase == in.timeBase) << out.timeBase.num << "/" << out.timeBase.den;
     EXPECT_NEAR(out.durationSeconds, frames / c.rate.value(), 1e-3);
+    EXPECT_NEAR(out.rotationDegrees, c.rotation, 1e-6);
+    EXPECT_EQ(out.colourMatrix, c.matrix);
+    EXPECT_EQ(out.fullRange, c.fullRange);
     ASSERT_EQ(read.size(), 10u);
     ASSERT_EQ(written.size(), static_cast<std::size_t>(frames));
+    for (int ch = 1; ch < 4; ++ch) {  // red, green, blue
+      EXPECT_NEAR(channel(read[0], 40, 30, ch), colour[ch - 1], 3) << "read, channel " << ch;
+      EXPECT_NEAR(channel(written[0], 40, 30, ch), colour[ch - 1], 4) << "written, channel " << ch;
+    }
     for (int i = 0; i < frames; ++i) {
       SCOPED_TRACE("frame " + std::to_string(i));
-      EXPECT_NEAR(read[i].timeSeconds, i / c.rate.value(), 1e-3);
       EXPECT_NEAR(written[i].timeSeconds, i / c.rate.value(), 1e-3);
       EXPECT_EQ(written[i].pts - written[0].pts, read[first + i].pts - read[first].pts);
       EXPECT_NEAR(channel(written[i], 4, 4, 1), MediaFixtures::frameMarker(first + i), kLossyMarkerTolerance);
     }
-    const Audio audio = audioOf(output);
-    EXPECT_GE(audio.packets, frames == 10 ? audioOf(input).packets : 6) << "audio packets dropped";
-    EXPECT_GT(audio.start, -0.03);
-    EXPECT_LT(audio.end, frames / c.rate.value() + 0.03);
+    const auto [packets, start, end] = audioOf(output);
+    EXPECT_GE(packets, frames == 10 ? std::get<0>(audioOf(input)) : 6) << "audio packets dropped";
+    EXPECT_GT(start, -0.03);
+    EXPECT_LT(end, frames / c.rate.value() + 0.03);
   }
 }
 
-// PNG, TIFF and QuickTime Animation are lossless and keep alpha; JPEG and H.264 drop it and come within 16 of this
-// sharp pattern (the wrong matrix moves it further). The picture is odd-sized, which H.264 in 4:2:0 cannot hold.
-TEST(MediaWriter, AlphaIsKeptThroughPngTiffAndMovAndDroppedByJpegAndMp4) {
-  const std::string picture = sharedMedia().makePicture({"alpha.png", 17, 9, true});
-  const ArgbFrame source = readFrames(picture).at(0);
-  struct Output {
-    const char* name;
-    const char* codec;
-    bool alpha;
-    int tolerance;
-  };
-  const Output outputs[] = {{"alpha-out.png", "png", true, 0},
-                            {"alpha-out.tif", "tiff", true, 0},
-                            {"alpha-out.mov", "qtrle", true, 0},
-                            {"alpha-out.jpg", "mjpeg", false, 20},
-                            {"alpha-out.mp4", "h264", false, 20}};
-  for (const Output& o : outputs) {
-    SCOPED_TRACE(o.name);
-    copy(picture, sharedMedia().path(o.name));
+// Pictures come back exactly, deep channels brought to 8 bits, and written again keep their pixels: PNG, TIFF and
+// QuickTime Animation are lossless and keep alpha; JPEG and H.264 drop it and come within 16 of these gradients (the
+// wrong matrix moves them further). They are odd-sized, which H.264 in 4:2:0 cannot hold.
+TEST(MediaWriter, PicturesKeepTheirPixelsAndAlphaWhereTheFormatHoldsIt) {
+  const MediaFixtures::Picture pictures[] = {{"rgb.png", 17, 9, false, false},  {"rgba.png", 17, 9, true, false},
+                                             {"rgb16.png", 17, 9, false, true}, {"rgba16.png", 17, 9, true, true},
+                                             {"rgba.tif", 17, 9, true, false},  {"rgb16.tif", 17, 9, false, true},
+                                             {"rgba16.tif", 17, 9, true, true}};
+  // Each output's extension and codec, and how far its colours may stray: the lossless ones keep alpha.
+  const std::tuple<const char*, const char*, int> outputs[] = {
+      {".png", "png", 0}, {".tif", "tiff", 0}, {".mov", "qtrle", 0}, {".jpg", "mjpeg", 20}, {".mp4", "h264", 20}};
+  for (const MediaFixtures::Picture& p : pictures) {
+    SCOPED_TRACE(p.name);
     MediaInfo info;
-    const std::vector<ArgbFrame> back = readFrames(sharedMedia().path(o.name), &info);
-    EXPECT_EQ(info.codecName, o.codec);
-    EXPECT_EQ(info.hasAlpha, o.alpha);
-    ASSERT_EQ(back.size(), 1u);
-    EXPECT_EQ(firstDifference(back[0], source, o.tolerance, o.alpha), "");
+    const std::string input = sharedMedia().makePicture(p);
+    const std::vector<ArgbFrame> in = readFrames(input, &info);
+    EXPECT_EQ(info.hasAlpha, p.alpha);
+    EXPECT_EQ(info.reducedToEightBits, p.sixteenBit);
+    ASSERT_EQ(in.size(), 1u);
+    EXPECT_EQ(firstDifference(in[0], MediaFixtures::pattern(17, 9, 0, p.alpha)), "");
+    if (!p.alpha) continue;  // what each format keeps shows on pictures with alpha
+    for (const auto& [extension, codec, tolerance] : outputs) {
+      const std::string output = input + "-out" + extension;
+      copy(input, output);
+      const std::vector<ArgbFrame> back = readFrames(output, &info);
+      EXPECT_EQ(info.codecName, codec) << output;
+      EXPECT_EQ(info.hasAlpha, tolerance == 0) << output;
+      EXPECT_EQ(firstDifference(back.at(0), in[0], tolerance, tolerance == 0), "") << output;
+    }
   }
 }
 
