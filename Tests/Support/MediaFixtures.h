@@ -30,7 +30,7 @@ public:
     std::string name = "picture.png";  // .png or .tif
     int width = 24, height = 16;
     bool alpha = false;
-    bool sixteenBit = false;  // each value v stored as one that rounds to v but whose low byte is not v
+    bool sixteenBit = false;  // each value v stored as v * 257 give or take 127, which still rounds to v
     int index = 0;            // varies the pattern, so the frames of a sequence differ
   };
 

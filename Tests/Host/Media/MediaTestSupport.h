@@ -17,6 +17,7 @@ namespace Quillmere::Velmira {
 inline MediaFixtures& sharedMedia() {
   static MediaFixtures* media = [] {
     static MediaFixtures made;
+    // Name, size, frame rate, frames, audio, colour, YUV matrix, full range, rotation.
     const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
     made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, colour, 1, false, 90.0});
     made.makeVideo({"clip.mov", 64, 48, 25, 1, 10, true, colour, 6, true, 90.0});

@@ -47,7 +47,8 @@ std::tuple<int, double, double> audioOf(const std::string& path) {
 // Read, then written again as the host does: every frame in order at its time, and the output keeps rate, time
 // base, timestamps, rotation, YUV matrix and range, and every audio packet; a range starts at zero with only the audio
 // of its time span (AAC packets of 21.3 ms overlap its ends by at most one). Matroska has no place for a display
-// matrix; what a file holds, not its name, makes it a video.
+// matrix, and a short Matroska range tells its rate only by what the writer states; what a file holds, not its name,
+// makes it a video.
 // The flat colour comes back within 3 per channel (Y, Cb and Cr rounded to whole codes, spread by the inverse
 // matrix, then the result rounded), and within 4 once written again through H.264; the wrong matrix moves it by 8
 // or more, the wrong range by 12.
@@ -66,7 +67,8 @@ TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationColoursAndAudio)
                         {"clip.mkv", "out.mkv", {25, 1}, 0.0, 6, false, {}},
                         {"ntsc.mov", "ntsc-out.mov", {30000, 1001}, -90.0, 1, true, {}},
                         {"misnamed.png", "misnamed-out.mov", {25, 1}, -90.0, 1, false, {}},
-                        {"clip.mp4", "range.mp4", {25, 1}, -90.0, 1, false, {3, 6}}};
+                        {"clip.mp4", "range.mp4", {25, 1}, -90.0, 1, false, {3, 6}},
+                        {"clip.mkv", "range.mkv", {25, 1}, 0.0, 6, false, {3, 6}}};
   const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
   for (const Clip& c : clips) {
     SCOPED_TRACE(c.output);
