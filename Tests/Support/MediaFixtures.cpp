@@ -1,21 +1,20 @@
 #include "Support/MediaFixtures.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <functional>
 #include <memory>
 #include <stdexcept>
-#include <vector>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
 #include <libavutil/display.h>
-#include <libavutil/opt.h>
 }
+
+#include "Support/MediaFiles.h"
 
 namespace Quillmere::Velmira {
 
@@ -23,162 +22,115 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CodecFree {
-  void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
-};
-struct FrameFree {
-  void operator()(AVFrame* f) const { av_frame_free(&f); }
-};
-struct PacketFree {
-  void operator()(AVPacket* p) const { av_packet_free(&p); }
-};
-struct OutputFree {
-  void operator()(AVFormatContext* c) const {
-    if (c->pb) avio_closep(&c->pb);
-    avformat_free_context(c);
+template <auto release>
+struct Release {
+  template <typename T>
+  void operator()(T* p) const {
+    release(&p);
   }
 };
-using Codec = std::unique_ptr<AVCodecContext, CodecFree>;
-using Frame = std::unique_ptr<AVFrame, FrameFree>;
-using Packet = std::unique_ptr<AVPacket, PacketFree>;
-using Output = std::unique_ptr<AVFormatContext, OutputFree>;
+using Codec = std::unique_ptr<AVCodecContext, Release<avcodec_free_context>>;
+using Frame = std::unique_ptr<AVFrame, Release<av_frame_free>>;
+using Packet = std::unique_ptr<AVPacket, Release<av_packet_free>>;
 
 void check(int err, const std::string& what) {
-  if (err < 0) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(err, text, sizeof text);
-    throw std::runtime_error("fixture: " + what + ": " + text);
-  }
+  if (err < 0) throw std::runtime_error("fixture: " + what + " failed with FFmpeg error " + std::to_string(err));
 }
 
-// Y'CbCr of an R'G'B' colour, by the matrix's luma weights, then scaled to the limited or full 8-bit range.
-std::array<int, 3> toYuv(const std::array<int, 3>& rgb, int matrix, bool fullRange) {
-  double kr = matrix == AVCOL_SPC_BT709 ? 0.2126 : 0.299;
-  double kb = matrix == AVCOL_SPC_BT709 ? 0.0722 : 0.114;
-  double r = rgb[0] / 255.0, g = rgb[1] / 255.0, b = rgb[2] / 255.0;
-  double y = kr * r + (1 - kr - kb) * g + kb * b;
-  double cb = (b - y) / (2 * (1 - kb));
-  double cr = (r - y) / (2 * (1 - kr));
-  if (fullRange)
-    return {static_cast<int>(std::lround(y * 255)), static_cast<int>(std::lround(128 + cb * 255)),
-            static_cast<int>(std::lround(128 + cr * 255))};
-  return {static_cast<int>(std::lround(16 + y * 219)), static_cast<int>(std::lround(128 + cb * 224)),
-          static_cast<int>(std::lround(128 + cr * 224))};
-}
-
-void fillVideoFrame(AVFrame& frame, const MediaFixtures::Video& video, int index) {
-  check(av_frame_make_writable(&frame), "frame writable");
-  std::array<int, 3> yuv = toYuv(video.colour, video.matrix, video.fullRange);
-  int grey = MediaFixtures::frameMarker(index);
-  std::array<int, 3> marker = toYuv({grey, grey, grey}, video.matrix, video.fullRange);
-  for (int y = 0; y < video.height; ++y)
-    for (int x = 0; x < video.width; ++x)
-      frame.data[0][y * frame.linesize[0] + x] = static_cast<uint8_t>(x < 16 && y < 16 ? marker[0] : yuv[0]);
-  for (int y = 0; y < video.height / 2; ++y)
-    for (int x = 0; x < video.width / 2; ++x) {
-      bool inMarker = x < 8 && y < 8;
-      frame.data[1][y * frame.linesize[1] + x] = static_cast<uint8_t>(inMarker ? marker[1] : yuv[1]);
-      frame.data[2][y * frame.linesize[2] + x] = static_cast<uint8_t>(inMarker ? marker[2] : yuv[2]);
-    }
-}
-
-class Muxer {
-public:
-  Muxer(const std::string& path) : mPath(path) {
-    AVFormatContext* raw = nullptr;
-    check(avformat_alloc_output_context2(&raw, nullptr, nullptr, path.c_str()), "output " + path);
-    mOutput.reset(raw);
-  }
-  AVFormatContext* get() { return mOutput.get(); }
-  void open() {
-    check(avio_open(&mOutput->pb, mPath.c_str(), AVIO_FLAG_WRITE), "open " + mPath);
-    check(avformat_write_header(mOutput.get(), nullptr), "header");
-  }
-  void drain(AVCodecContext* codec, AVStream* stream) {
-    Packet packet(av_packet_alloc());
-    while (avcodec_receive_packet(codec, packet.get()) == 0) {
-      // x264 leaves durations open; without them the last frame would have none and the clip end early.
-      if (packet->duration == 0 && codec->codec_type == AVMEDIA_TYPE_VIDEO) packet->duration = 1;
-      av_packet_rescale_ts(packet.get(), codec->time_base, stream->time_base);
-      packet->stream_index = stream->index;
-      check(av_interleaved_write_frame(mOutput.get(), packet.get()), "write");
-    }
-  }
-  void close() {
-    check(av_write_trailer(mOutput.get()), "trailer");
-    mOutput.reset();
-  }
-
-private:
-  std::string mPath;
-  Output mOutput;
-};
-
-Codec openVideoEncoder(const MediaFixtures::Video& video, AVFormatContext* output) {
-  const AVCodec* codec = avcodec_find_encoder_by_name("libx264");
-  if (!codec) throw std::runtime_error("fixture: libx264 is missing");
-  Codec c(avcodec_alloc_context3(codec));
-  c->width = video.width;
-  c->height = video.height;
-  c->pix_fmt = AV_PIX_FMT_YUV420P;
-  c->time_base = AVRational{video.rateDen, video.rateNum};
-  c->framerate = AVRational{video.rateNum, video.rateDen};
-  c->colorspace = static_cast<AVColorSpace>(video.matrix);
-  c->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-  c->thread_count = 1;
-  if (output->oformat->flags & AVFMT_GLOBALHEADER) c->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  AVDictionary* options = nullptr;
-  // Lossless, so that a decoded colour differs from the one asked for only by the YUV conversion.
-  av_dict_set(&options, "qp", "0", 0);
-  av_dict_set(&options, "preset", "ultrafast", 0);
-  int err = avcodec_open2(c.get(), codec, &options);
+// Opens `codec` and gives it a stream of `out` in its own time base.
+AVStream* addStream(AVFormatContext* out, AVCodecContext* codec, AVDictionary* options) {
+  if (out->oformat->flags & AVFMT_GLOBALHEADER) codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  const int err = avcodec_open2(codec, codec->codec, &options);
   av_dict_free(&options);
-  check(err, "open libx264");
-  return c;
+  check(err, "open an encoder");
+  AVStream* stream = avformat_new_stream(out, nullptr);
+  check(avcodec_parameters_from_context(stream->codecpar, codec), "stream");
+  stream->time_base = codec->time_base;
+  return stream;
 }
 
-Codec openAudioEncoder(AVFormatContext* output) {
-  const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_AAC);
-  Codec c(avcodec_alloc_context3(codec));
-  c->sample_fmt = AV_SAMPLE_FMT_FLTP;
-  c->sample_rate = 48000;
-  av_channel_layout_default(&c->ch_layout, 2);
-  c->bit_rate = 96000;
-  c->time_base = AVRational{1, 48000};
-  if (output->oformat->flags & AVFMT_GLOBALHEADER) c->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  check(avcodec_open2(c.get(), codec, nullptr), "open aac");
-  return c;
+// Sends `frame` (nullptr to flush) and muxes what comes out.
+void encode(AVFormatContext* out, AVCodecContext* codec, AVStream* stream, const AVFrame* frame) {
+  check(avcodec_send_frame(codec, frame), "encode");
+  Packet packet(av_packet_alloc());
+  while (avcodec_receive_packet(codec, packet.get()) == 0) {
+    // x264 leaves durations open; without them the last frame would have none and the clip end early.
+    if (packet->duration == 0) packet->duration = 1;
+    av_packet_rescale_ts(packet.get(), codec->time_base, stream->time_base);
+    packet->stream_index = stream->index;
+    check(av_interleaved_write_frame(out, packet.get()), "write");
+  }
 }
 
-void writeBytes(const std::string& path, const std::vector<char>& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (!out) throw std::runtime_error("fixture: cannot write " + path);
+// Writes `frames` pictures, each filled by `fill`, with `codec` into `file` (a video, or one picture through the
+// image muxer), beside a silent stereo AAC track as long as the pictures when `audio`.
+void mux(const std::string& file, AVCodecContext* codec, AVDictionary* options, int frames, bool audio,
+         const std::optional<double>& rotation, const std::function<void(AVFrame&, int)>& fill) {
+  AVFormatContext* raw = nullptr;
+  check(avformat_alloc_output_context2(&raw, nullptr, nullptr, file.c_str()), "output " + file);
+  std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> out(raw, [](AVFormatContext* c) {
+    avio_closep(&c->pb);
+    avformat_free_context(c);
+  });
+  AVStream* stream = addStream(out.get(), codec, options);
+  if (rotation)
+    av_display_rotation_set(reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36)),
+                            *rotation);
+  Codec sound(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_AAC)));
+  sound->sample_fmt = AV_SAMPLE_FMT_FLTP;
+  sound->sample_rate = 48000;
+  av_channel_layout_default(&sound->ch_layout, 2);
+  sound->time_base = AVRational{1, 48000};
+  AVStream* soundStream = audio ? addStream(out.get(), sound.get(), nullptr) : nullptr;
+  if (!(out->oformat->flags & AVFMT_NOFILE)) check(avio_open(&out->pb, file.c_str(), AVIO_FLAG_WRITE), "open " + file);
+  AVDictionary* muxing = nullptr;
+  av_dict_set(&muxing, "update", "1", 0);  // the image muxer writes one picture under the name as it is
+  const int err = avformat_write_header(out.get(), &muxing);
+  av_dict_free(&muxing);
+  check(err, "header");
+  Frame picture(av_frame_alloc()), samples(av_frame_alloc());
+  picture->format = codec->pix_fmt;
+  picture->width = codec->width;
+  picture->height = codec->height;
+  check(av_frame_get_buffer(picture.get(), 0), "picture frame");
+  samples->format = sound->sample_fmt;
+  samples->nb_samples = audio ? sound->frame_size : 0;
+  check(av_channel_layout_copy(&samples->ch_layout, &sound->ch_layout), "layout");
+  if (audio) check(av_frame_get_buffer(samples.get(), 0), "audio frame");
+  if (audio) av_samples_set_silence(samples->data, 0, samples->nb_samples, 2, sound->sample_fmt);
+  std::int64_t samplesDone = 0;
+  for (int i = 0; i < frames; ++i) {
+    check(av_frame_make_writable(picture.get()), "frame writable");
+    fill(*picture, i);
+    picture->pts = i;
+    encode(out.get(), codec, stream, picture.get());
+    // Audio up to the end of this frame, in whole AAC frames.
+    for (; audio && av_compare_ts(samplesDone, sound->time_base, i + 1, codec->time_base) < 0;
+         samplesDone += samples->nb_samples) {
+      samples->pts = samplesDone;
+      encode(out.get(), sound.get(), soundStream, samples.get());
+    }
+  }
+  encode(out.get(), codec, stream, nullptr);
+  if (audio) encode(out.get(), sound.get(), soundStream, nullptr);
+  check(av_write_trailer(out.get()), "trailer");
 }
 
-// The name for frame n of a "%0Nd" or "%d" pattern.
-std::string numbered(const std::string& pattern, int n) {
-  std::size_t at = pattern.find('%');
-  std::size_t end = pattern.find('d', at);
-  int width = end > at + 1 ? std::atoi(pattern.substr(at + 1, end - at - 1).c_str()) : 0;
-  std::string digits = std::to_string(n);
-  if (static_cast<int>(digits.size()) < width) digits.insert(0, static_cast<std::size_t>(width) - digits.size(), '0');
-  return pattern.substr(0, at) + digits + pattern.substr(end + 1);
-}
-
-std::vector<char> readBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+// Y'CbCr of an R'G'B' colour by the matrix's luma weights, scaled to the limited or the full 8-bit range.
+std::array<int, 3> toYuv(const std::array<int, 3>& rgb, const MediaFixtures::Video& video) {
+  const double kr = video.matrix == AVCOL_SPC_BT709 ? 0.2126 : 0.299;
+  const double kb = video.matrix == AVCOL_SPC_BT709 ? 0.0722 : 0.114;
+  const double y = (kr * rgb[0] + (1 - kr - kb) * rgb[1] + kb * rgb[2]) / 255;
+  const double cb = (rgb[2] / 255.0 - y) / (2 * (1 - kb)), cr = (rgb[0] / 255.0 - y) / (2 * (1 - kr));
+  const double luma = video.fullRange ? 255 : 219, chroma = video.fullRange ? 255 : 224;
+  return {static_cast<int>(std::lround((video.fullRange ? 0 : 16) + y * luma)),
+          static_cast<int>(std::lround(128 + cb * chroma)), static_cast<int>(std::lround(128 + cr * chroma))};
 }
 
 }  // namespace
 
-MediaFixtures::MediaFixtures() {
-  std::string templ = (fs::temp_directory_path() / "velmira-media-XXXXXX").string();
-  std::vector<char> buffer(templ.begin(), templ.end());
-  buffer.push_back('\0');
-  if (!mkdtemp(buffer.data())) throw std::runtime_error("fixture: cannot make a temporary folder");
-  mFolder = buffer.data();
+MediaFixtures::MediaFixtures() : mFolder((fs::temp_directory_path() / "velmira-media-XXXXXX").string()) {
+  if (!mkdtemp(mFolder.data())) throw std::runtime_error("fixture: cannot make a temporary folder");
 }
 
 MediaFixtures::~MediaFixtures() {
@@ -189,149 +141,92 @@ MediaFixtures::~MediaFixtures() {
 std::string MediaFixtures::path(const std::string& name) const { return (fs::path(mFolder) / name).string(); }
 
 std::string MediaFixtures::makeVideo(const Video& video) {
-  std::string file = path(video.name);
-  Muxer muxer(file);
-  Codec encoder = openVideoEncoder(video, muxer.get());
-  AVStream* stream = avformat_new_stream(muxer.get(), nullptr);
-  check(avcodec_parameters_from_context(stream->codecpar, encoder.get()), "video parameters");
-  stream->time_base = encoder->time_base;
-  if (video.rotation) {
-    auto* matrix = reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36));
-    av_display_rotation_set(matrix, *video.rotation);
-  }
-  Codec audio;
-  AVStream* audioStream = nullptr;
-  if (video.audio) {
-    audio = openAudioEncoder(muxer.get());
-    audioStream = avformat_new_stream(muxer.get(), nullptr);
-    check(avcodec_parameters_from_context(audioStream->codecpar, audio.get()), "audio parameters");
-    audioStream->time_base = audio->time_base;
-  }
-  muxer.open();
-
-  Frame picture(av_frame_alloc());
-  picture->format = AV_PIX_FMT_YUV420P;
-  picture->width = video.width;
-  picture->height = video.height;
-  check(av_frame_get_buffer(picture.get(), 0), "video frame");
-  Frame sound(av_frame_alloc());
-  std::int64_t samplesNeeded = 0, samplesDone = 0;
-  if (audio) {
-    sound->format = audio->sample_fmt;
-    sound->nb_samples = audio->frame_size;
-    sound->sample_rate = audio->sample_rate;
-    check(av_channel_layout_copy(&sound->ch_layout, &audio->ch_layout), "layout");
-    check(av_frame_get_buffer(sound.get(), 0), "audio frame");
-    samplesNeeded = static_cast<std::int64_t>(video.frames) * 48000 * video.rateDen / video.rateNum;
-  }
-  for (int i = 0; i < video.frames; ++i) {
-    fillVideoFrame(*picture, video, i);
-    picture->pts = i;
-    check(avcodec_send_frame(encoder.get(), picture.get()), "encode video");
-    muxer.drain(encoder.get(), stream);
-    // Audio up to the end of this frame, in whole AAC frames.
-    std::int64_t until = static_cast<std::int64_t>(i + 1) * 48000 * video.rateDen / video.rateNum;
-    while (audio && samplesDone < until && samplesDone < samplesNeeded) {
-      check(av_frame_make_writable(sound.get()), "audio writable");
-      for (int s = 0; s < sound->nb_samples; ++s) {
-        float v = static_cast<float>(0.2 * std::sin(2 * M_PI * 440.0 * static_cast<double>(samplesDone + s) / 48000));
-        for (int ch = 0; ch < 2; ++ch) reinterpret_cast<float*>(sound->data[ch])[s] = v;
-      }
-      sound->pts = samplesDone;
-      samplesDone += sound->nb_samples;
-      check(avcodec_send_frame(audio.get(), sound.get()), "encode audio");
-      muxer.drain(audio.get(), audioStream);
+  Codec codec(avcodec_alloc_context3(avcodec_find_encoder_by_name("libx264")));
+  codec->width = video.width;
+  codec->height = video.height;
+  codec->pix_fmt = AV_PIX_FMT_YUV420P;
+  codec->time_base = AVRational{video.rateDen, video.rateNum};
+  codec->framerate = AVRational{video.rateNum, video.rateDen};
+  codec->colorspace = static_cast<AVColorSpace>(video.matrix);
+  codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+  codec->thread_count = 1;
+  AVDictionary* options = nullptr;
+  // Lossless, so that a decoded colour differs from the one asked for only by the YUV conversion.
+  av_dict_set(&options, "qp", "0", 0);
+  av_dict_set(&options, "preset", "ultrafast", 0);
+  const std::array<int, 3> flat = toYuv(video.colour, video);
+  mux(path(video.name), codec.get(), options, video.frames, video.audio, video.rotation, [&](AVFrame& frame, int i) {
+    const std::array<int, 3> marker = toYuv({frameMarker(i), frameMarker(i), frameMarker(i)}, video);
+    for (int plane = 0; plane < 3; ++plane) {
+      const int shift = plane == 0 ? 0 : 1;  // 4:2:0 chroma is half the size both ways
+      for (int y = 0; y < video.height >> shift; ++y)
+        for (int x = 0; x < video.width >> shift; ++x)
+          frame.data[plane][y * frame.linesize[plane] + x] =
+              static_cast<uint8_t>((x << shift) < 16 && (y << shift) < 16 ? marker[plane] : flat[plane]);
     }
-  }
-  check(avcodec_send_frame(encoder.get(), nullptr), "flush video");
-  muxer.drain(encoder.get(), stream);
-  if (audio) {
-    check(avcodec_send_frame(audio.get(), nullptr), "flush audio");
-    muxer.drain(audio.get(), audioStream);
-  }
-  muxer.close();
-  return file;
+  });
+  return path(video.name);
 }
 
-std::array<std::uint8_t, 4> MediaFixtures::patternPixel(int x, int y, int index, bool alpha) {
-  auto byte = [](int v) { return static_cast<std::uint8_t>(v & 0xFF); };
-  return {alpha ? byte(x * 37 + y * 11 + index) : std::uint8_t{255}, byte(x * 7 + index * 3), byte(y * 13 + 5),
-          byte((x + y) * 9 + index * 29)};
+ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
+  ArgbFrame frame;
+  frame.allocate(width, height);
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x) {
+      const int argb[4] = {alpha ? x * 37 + y * 11 + index : 255, x * 7 + index * 3, y * 13 + 5,
+                           (x + y) * 9 + index * 29};
+      for (int c = 0; c < 4; ++c) frame.row(y)[x * 4 + c] = static_cast<std::uint8_t>(argb[c] & 0xFF);
+    }
+  return frame;
 }
 
 std::string MediaFixtures::makePicture(const Picture& picture) {
-  std::string file = path(picture.name);
-  std::string ext = fs::path(file).extension().string();
-  AVCodecID id = ext == ".png" ? AV_CODEC_ID_PNG : ext == ".tif" ? AV_CODEC_ID_TIFF : AV_CODEC_ID_NONE;
-  if (id == AV_CODEC_ID_NONE) throw std::runtime_error("fixture: no picture format for " + file);
-  AVPixelFormat format = picture.sixteenBit ? (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE)
-                                            : (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
-  if (id == AV_CODEC_ID_TIFF && picture.sixteenBit) format = picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE;
-  Codec c(avcodec_alloc_context3(avcodec_find_encoder(id)));
-  c->width = picture.width;
-  c->height = picture.height;
-  c->pix_fmt = format;
-  c->time_base = AVRational{1, 25};
-  check(avcodec_open2(c.get(), c->codec, nullptr), "open picture encoder");
-  Frame frame(av_frame_alloc());
-  frame->format = format;
-  frame->width = picture.width;
-  frame->height = picture.height;
-  check(av_frame_get_buffer(frame.get(), 0), "picture frame");
-  int channels = picture.alpha ? 4 : 3;
-  for (int y = 0; y < picture.height; ++y) {
-    uint8_t* row = frame->data[0] + y * frame->linesize[0];
-    for (int x = 0; x < picture.width; ++x) {
-      std::array<std::uint8_t, 4> argb = patternPixel(x, y, picture.index, picture.alpha);
-      std::uint8_t values[4] = {argb[1], argb[2], argb[3], argb[0]};
-      for (int ch = 0; ch < channels; ++ch) {
-        if (!picture.sixteenBit) {
-          row[x * channels + ch] = values[ch];
-        } else {
-          // v * 257 has v in both bytes, so the byte order cannot hide a mistake in bringing it down.
-          uint8_t* p = row + (x * channels + ch) * 2;
-          p[0] = values[ch];
-          p[1] = values[ch];
+  const bool tiff = fs::path(picture.name).extension() == ".tif";  // else PNG
+  const int channels = picture.alpha ? 4 : 3, bytes = picture.sixteenBit ? 2 : 1;
+  Codec codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
+  codec->width = picture.width;
+  codec->height = picture.height;
+  codec->pix_fmt = bytes == 1 ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
+                   : tiff     ? (picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
+                              : (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE);
+  codec->time_base = AVRational{1, 25};
+  const ArgbFrame argb = pattern(picture.width, picture.height, picture.index, picture.alpha);
+  fs::create_directories(fs::path(path(picture.name)).parent_path());
+  mux(path(picture.name), codec.get(), nullptr, 1, false, {}, [&](AVFrame& frame, int) {
+    for (int y = 0; y < picture.height; ++y)
+      for (int x = 0; x < picture.width; ++x)
+        for (int ch = 0; ch < channels; ++ch) {
+          // v * 257 + e rounds to v for |e| < 128.5; e varies, so that truncating instead of rounding, or taking
+          // the bytes in the wrong order, comes out wrong somewhere.
+          const int v = argb.row(y)[x * 4 + (ch + 1) % 4];
+          const int stored = bytes == 1 ? v : std::clamp(v * 257 + (x * 37 + y * 11 + ch * 53) % 255 - 127, 0, 65535);
+          for (int b = 0; b < bytes; ++b)  // TIFF's 16 bits are little-endian, PNG's big-endian
+            frame.data[0][y * frame.linesize[0] + (x * channels + ch) * bytes + b] =
+                static_cast<uint8_t>(stored >> 8 * (tiff ? b : bytes - 1 - b));
         }
-      }
-    }
-  }
-  Packet packet(av_packet_alloc());
-  check(avcodec_send_frame(c.get(), frame.get()), "encode picture");
-  check(avcodec_send_frame(c.get(), nullptr), "flush picture");
-  check(avcodec_receive_packet(c.get(), packet.get()), "picture packet");
-  fs::create_directories(fs::path(file).parent_path());
-  writeBytes(file, std::vector<char>(packet->data, packet->data + packet->size));
-  return file;
+  });
+  return path(picture.name);
 }
 
 std::string MediaFixtures::makeSequence(const std::string& pattern, int first, int count, int width, int height) {
   for (int n = first; n < first + count; ++n) {
-    Picture picture;
-    picture.name = numbered(pattern, n);
-    picture.width = width;
-    picture.height = height;
-    picture.index = n;
-    makePicture(picture);
+    char name[1024];
+    check(av_get_frame_filename2(name, sizeof name, pattern.c_str(), n, 0), "name frame of " + pattern);
+    makePicture({name, width, height, false, false, n});
   }
   return path(pattern);
 }
 
 std::string MediaFixtures::makeTruncated(const std::string& source, const std::string& name, double fraction) {
-  std::vector<char> bytes = readBytes(source);
-  bytes.resize(static_cast<std::size_t>(static_cast<double>(bytes.size()) * fraction));
-  writeBytes(path(name), bytes);
+  const std::string bytes = readFile(source);
+  writeFile(path(name), bytes.substr(0, static_cast<std::size_t>(static_cast<double>(bytes.size()) * fraction)));
   return path(name);
 }
 
 std::string MediaFixtures::makeCorrupt(const std::string& source, const std::string& name) {
-  std::vector<char> bytes = readBytes(source);
-  std::uint32_t state = 12345;
-  for (std::size_t i = 16; i < bytes.size(); ++i) {
-    state = state * 1664525u + 1013904223u;
-    bytes[i] = static_cast<char>(state >> 24);
-  }
-  writeBytes(path(name), bytes);
+  std::string bytes = readFile(source);
+  for (std::size_t i = 16; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 2654435761u >> 24);
+  writeFile(path(name), bytes);
   return path(name);
 }
 

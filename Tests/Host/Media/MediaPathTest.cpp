@@ -5,45 +5,25 @@
 namespace Quillmere::Velmira {
 namespace {
 
-struct PatternCase {
-  const char* path;
-  bool pattern;
-};
-
-TEST(MediaPath, IsSequencePatternTellsFrameNumbersFromPercentSigns) {
-  const PatternCase cases[] = {
-      {"frame_%04d.png", true}, {"out/f%d.tif", true},         {"shots/a_%09d.jpg", true}, {"100%.png", false},
-      {"a%%b.png", false},      {"a%%_%03d.png", true},        {"a_%04d_%04d.png", false}, {"x%4d.png", false},
-      {"x%00d.png", false},     {"dir_%04d/still.png", false}, {"clip.mp4", false},        {"%s.png", false},
-  };
-  for (const PatternCase& c : cases) EXPECT_EQ(MediaPath::isSequencePattern(c.path), c.pattern) << "path " << c.path;
-}
-
-struct NameCase {
-  const char* pattern;
-  long long number;
-  const char* name;
-};
-
-TEST(MediaPath, SequenceFileNamePadsTheNumberAndKeepsLiteralPercents) {
-  const NameCase cases[] = {
-      {"f_%04d.png", 7, "f_0007.png"},
-      {"f_%d.png", 12, "f_12.png"},
-      {"f_%02d.png", 123, "f_123.png"},
-      {"d%%/x%%_%03d.png", 5, "d%%/x%_005.png"},  // only the file name is a pattern
-      {"shots/f_%04d.png", 0, "shots/f_0000.png"},
-  };
-  for (const NameCase& c : cases)
-    EXPECT_EQ(MediaPath::sequenceFileName(c.pattern, c.number), c.name) << "pattern " << c.pattern;
-}
-
-TEST(MediaPath, KindOfFollowsPatternThenExtensionIgnoringCase) {
-  EXPECT_EQ(MediaPath::kindOf("a/b_%04d.png"), MediaKind::Sequence);
-  EXPECT_EQ(MediaPath::kindOf("CLIP.MP4"), MediaKind::Video);
-  EXPECT_EQ(MediaPath::kindOf("take.mov"), MediaKind::Video);
-  EXPECT_EQ(MediaPath::kindOf("take.mkv"), MediaKind::Video);
-  EXPECT_EQ(MediaPath::kindOf("still.JPG"), MediaKind::Image);
-  EXPECT_EQ(MediaPath::kindOf("noextension"), MediaKind::Image);
+// What a path names follows its text: a single %d or %0Nd in the file name makes a sequence, whose file of a frame
+// has the number padded to N digits and "%%" as a literal percent sign; otherwise the extension decides, case ignored.
+TEST(MediaPath, KindAndSequenceFileNameFollowTheText) {
+  // Patterns, and their files of frame 123.
+  const std::pair<const char*, const char*> sequences[] = {{"frame_%04d.png", "frame_0123.png"},
+                                                           {"out/f%d.tif", "out/f123.tif"},
+                                                           {"f_%02d.png", "f_123.png"},
+                                                           {"a_%09d.jpg", "a_000000123.jpg"},
+                                                           {"d%%/x%%_%03d.png", "d%%/x%_123.png"}};
+  for (const auto& [pattern, file] : sequences) {
+    EXPECT_EQ(MediaPath::kindOf(pattern), MediaKind::Sequence) << pattern;
+    EXPECT_EQ(MediaPath::sequenceFileName(pattern, 123), file);
+  }
+  const std::pair<const char*, MediaKind> others[] = {
+      {"100%.png", MediaKind::Image}, {"a%%b.png", MediaKind::Image},  {"a_%04d_%04d.png", MediaKind::Image},
+      {"x%4d.png", MediaKind::Image}, {"x%00d.png", MediaKind::Image}, {"dir_%04d/still.png", MediaKind::Image},
+      {"%s.png", MediaKind::Image},   {"CLIP.MP4", MediaKind::Video},  {"take.mov", MediaKind::Video},
+      {"take.mkv", MediaKind::Video}, {"still.JPG", MediaKind::Image}, {"noextension", MediaKind::Image}};
+  for (const auto& [path, kind] : others) EXPECT_EQ(MediaPath::kindOf(path), kind) << path;
 }
 
 }  // namespace
