@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -11,94 +11,58 @@
 namespace Quillmere::Velmira {
 namespace {
 
-// Threads blocked on one semaphore, each queued before the next starts, noting in the
-// order they are woken who they are and what the kernel answered.
-struct QueuedThreads {
-  std::vector<std::thread> threads;
-  std::mutex mutex;
-  std::vector<int> woken;
-  std::vector<kern_return_t> results;
+kern_return_t destroy(semaphore_t semaphore) { return semaphore_destroy(mach_task_self_, semaphore); }
 
-  void add(semaphore_t semaphore) {
-    const int id = static_cast<int>(threads.size());
-    threads.emplace_back([this, id, semaphore] {
-      const kern_return_t result = semaphore_wait(semaphore);
-      std::lock_guard<std::mutex> lock(mutex);
-      woken.push_back(id);
-      results.push_back(result);
-    });
-    const int expected = id + 1 - static_cast<int>(wokenCount());
-    int waiting = -1;
-    EXPECT_TRUE(eventually([&] {
-      return semaphore_waiter_count(semaphore, &waiting) == KERN_SUCCESS && waiting == expected;
-    })) << "thread "
-        << id << " never queued; waiting: " << waiting;
-  }
-  size_t wokenCount() {
-    std::lock_guard<std::mutex> lock(mutex);
-    return woken.size();
-  }
-  void join() {
-    for (std::thread& thread : threads) {
-      thread.join();
+// Three threads queue on a semaphore, each before the next starts; the call under test then
+// wakes them one per call or all at once. Each checks what its wait answered and notes how
+// many were woken before it.
+TEST(MachSemaphore, WakesTheWaiterThePolicyPicksOrAllWithTheirAnswer) {
+  const struct {
+    const char* call;
+    int policy;
+    kern_return_t (*wake)(semaphore_t);
+    std::vector<int> ranks;  // empty: one call wakes all three, in no set order
+    kern_return_t answer;
+  } cases[] = {{"signal, FIFO", SYNC_POLICY_FIFO, semaphore_signal, {0, 1, 2}, KERN_SUCCESS},
+               {"signal, LIFO", SYNC_POLICY_LIFO, semaphore_signal, {2, 1, 0}, KERN_SUCCESS},
+               {"signal_all", SYNC_POLICY_LIFO, semaphore_signal_all, {}, KERN_SUCCESS},
+               {"destroy", SYNC_POLICY_FIFO, destroy, {}, KERN_TERMINATED}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.call);
+    semaphore_t semaphore = SEMAPHORE_NULL;
+    ASSERT_EQ(KERN_SUCCESS, semaphore_create(mach_task_self_, &semaphore, c.policy, 0));
+    // With nobody waiting a signal leaves a count for the next wait, and signal_all leaves
+    // none: the threads below must queue.
+    semaphore_signal(semaphore);
+    EXPECT_EQ(KERN_SUCCESS, semaphore_wait(semaphore)) << "the count a signal left";
+    semaphore_signal_all(semaphore);
+    std::atomic<int> woken{0};
+    std::vector<int> ranks(3, -1);
+    std::vector<std::thread> threads;
+    for (int id = 0; id < 3; ++id) {
+      threads.emplace_back([&, id] {
+        EXPECT_EQ(c.answer, semaphore_wait(semaphore)) << c.call << ", thread " << id;
+        ranks[id] = woken++;
+      });
+      int n = -1;
+      EXPECT_TRUE(eventually([&] { return semaphore_waiter_count(semaphore, &n) == KERN_SUCCESS && n == id + 1; }))
+          << "thread " << id << " did not queue; waiting: " << n;
+    }
+    const int perCall = c.ranks.empty() ? 3 : 1;
+    for (int calls = 1; calls * perCall <= 3; ++calls) {
+      EXPECT_EQ(KERN_SUCCESS, c.wake(semaphore));
+      // One call at a time, so that the ranks noted are the order of waking.
+      EXPECT_TRUE(eventually([&] { return woken == calls * perCall; })) << "woken: " << woken;
+    }
+    // Destroying wakes whoever a lost wake left waiting, so that the threads can be joined.
+    destroy(semaphore);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(KERN_INVALID_NAME, semaphore_signal(semaphore)) << "a destroyed name";
+    EXPECT_EQ(KERN_INVALID_NAME, semaphore_wait(semaphore)) << "a destroyed name";
+    if (!c.ranks.empty()) {
+      EXPECT_EQ(c.ranks, ranks);
     }
   }
-};
-
-semaphore_t makeSemaphore(int policy) {
-  semaphore_t semaphore = SEMAPHORE_NULL;
-  EXPECT_EQ(KERN_SUCCESS, semaphore_create(mach_task_self_, &semaphore, policy, 0));
-  return semaphore;
-}
-
-class MachSemaphoreWakeOrder : public testing::TestWithParam<int> {};
-
-TEST_P(MachSemaphoreWakeOrder, EachSignalWakesTheWaiterThePolicyPicks) {
-  const int policy = GetParam();
-  const semaphore_t semaphore = makeSemaphore(policy);
-  QueuedThreads queued;
-  for (int i = 0; i < 3; ++i) {
-    queued.add(semaphore);
-  }
-  for (size_t woken = 1; woken <= 3; ++woken) {
-    semaphore_signal(semaphore);
-    // One at a time, so that the order noted is the order of waking.
-    ASSERT_TRUE(eventually([&] { return queued.wokenCount() == woken; })) << "signal " << woken << " woke nobody";
-  }
-  queued.join();
-  const std::vector<int> expected = policy == SYNC_POLICY_LIFO ? std::vector<int>{2, 1, 0} : std::vector<int>{0, 1, 2};
-  EXPECT_EQ(expected, queued.woken) << "policy " << policy;
-  semaphore_destroy(mach_task_self_, semaphore);
-}
-
-INSTANTIATE_TEST_SUITE_P(Policies, MachSemaphoreWakeOrder, testing::Values(SYNC_POLICY_FIFO, SYNC_POLICY_LIFO));
-
-TEST(MachSemaphore, SignalAllWakesTheWaitersAndLeavesNoCountBehind) {
-  const semaphore_t semaphore = makeSemaphore(SYNC_POLICY_LIFO);
-  QueuedThreads queued;
-  queued.add(semaphore);
-  queued.add(semaphore);
-  semaphore_signal_all(semaphore);
-  ASSERT_TRUE(eventually([&] { return queued.wokenCount() == 2; })) << "woken: " << queued.wokenCount();
-  // With nobody waiting it must not leave a count: the next waiter still queues.
-  semaphore_signal_all(semaphore);
-  queued.add(semaphore);
-  semaphore_signal(semaphore);
-  queued.join();
-  EXPECT_EQ(std::vector<kern_return_t>(3, KERN_SUCCESS), queued.results);
-  semaphore_destroy(mach_task_self_, semaphore);
-}
-
-TEST(MachSemaphore, DestroyWakesWaitersWithTerminatedAndRetiresTheName) {
-  const semaphore_t semaphore = makeSemaphore(SYNC_POLICY_FIFO);
-  QueuedThreads queued;
-  queued.add(semaphore);
-  queued.add(semaphore);
-  EXPECT_EQ(KERN_SUCCESS, semaphore_destroy(mach_task_self_, semaphore));
-  queued.join();
-  EXPECT_EQ(std::vector<kern_return_t>(2, KERN_TERMINATED), queued.results);
-  EXPECT_EQ(KERN_INVALID_NAME, semaphore_wait(semaphore));
-  EXPECT_EQ(KERN_INVALID_NAME, semaphore_signal(semaphore));
 }
 
 }  // namespace

@@ -3,44 +3,39 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "Support/ThreadWaits.h"
 
 namespace Quillmere::Velmira {
 namespace {
 
-// Five threads wait once each; exactly the start count plus the signals get through.
-TEST(Semaphore, LetsTheStartCountPlusTheSignalsThrough) {
-  constexpr int kWaiters = 5;
+// A thread takes the start count plus the signals, then waits once more: that wait may only
+// end with the signal given after the flag below is set.
+TEST(Semaphore, LetsTheStartCountPlusTheSignalsThroughAndNoMore) {
   const struct {
     unsigned int start;
     unsigned int signals;
-    int through;
-  } cases[] = {{0, 0, 0}, {0, 1, 1}, {0, 3, 3}, {2, 0, 2}};
+  } cases[] = {{0, 0}, {0, 1}, {0, 3}, {2, 0}, {1, 2}};
   for (const auto& c : cases) {
-    SCOPED_TRACE("start " + std::to_string(c.start) + ", signal(" + std::to_string(c.signals) + ")");
+    SCOPED_TRACE(testing::Message() << "start " << c.start << ", signal(" << c.signals << ")");
+    const unsigned int allowed = c.start + c.signals;
     Semaphore semaphore(c.start);
-    std::atomic<int> through{0};
-    std::vector<std::thread> waiters;
-    for (int i = 0; i < kWaiters; ++i) {
-      waiters.emplace_back([&] {
-        semaphore.wait();
-        ++through;
-      });
-    }
     semaphore.signal(c.signals);
-    EXPECT_TRUE(eventually([&] { return through.load() >= c.through; })) << "through: " << through.load();
-    // Long enough for a wrongly released thread to show; a right one never fails on it.
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(c.through, through.load());
-    semaphore.signal(kWaiters);
-    for (std::thread& waiter : waiters) {
-      waiter.join();
-    }
+    std::atomic<unsigned int> through{0};
+    std::atomic<bool> signalled{false};
+    bool beforeTheSignal = false;
+    std::thread taker([&] {
+      for (; through < allowed; ++through) semaphore.wait();
+      semaphore.wait();
+      beforeTheSignal = !signalled;
+    });
+    EXPECT_TRUE(eventually([&] { return through == allowed; })) << "through: " << through;
+    signalled = true;
+    // Enough for the last wait even when too few went through before it.
+    semaphore.signal(allowed + 1);
+    taker.join();
+    EXPECT_FALSE(beforeTheSignal) << "a wait beyond the count went through";
   }
 }
 
