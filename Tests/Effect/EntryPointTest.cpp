@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+
+#include <fmt/format.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,17 +20,12 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// The sliders as the host must see them, in order; index and id are the row number + 1.
-struct ExpectedSlider {
-  const char* name;
-  double value;
-  float validMin, validMax, sliderMin, sliderMax;
-  A_short precision, displayFlags;
-};
-const ExpectedSlider kSliders[] = {
-    {"Skin Blur", 9.0, 0, 30, 0, 300, 0, 0},     {"Skin Blur Range", 10.0, 0, 100, 0, 100, 1, 1},
-    {"Skin Whiten", 30.0, 0, 100, 0, 100, 1, 1}, {"Skin Redden", 0.0, 0, 100, 0, 100, 1, 1},
-    {"Skin Pinking", 0.0, 0, 100, 0, 100, 1, 1},
+// The sliders as the host must see them, in order: id, name, value, default, valid range, slider range, precision,
+// display flags and curve tolerance.
+const char* const kSliders[] = {
+    "1 Skin Blur 9 9 0..30 0..300 0 0 0.05",      "2 Skin Blur Range 10 10 0..100 0..100 1 1 0.05",
+    "3 Skin Whiten 30 30 0..100 0..100 1 1 0.05", "4 Skin Redden 0 0 0..100 0..100 1 1 0.05",
+    "5 Skin Pinking 0 0 0..100 0..100 1 1 0.05",
 };
 
 TEST(EntryPoint, ParamsSetupAddsTheFiveSlidersFieldByFieldAfterCopyingEachName) {
@@ -36,26 +33,17 @@ TEST(EntryPoint, ParamsSetupAddsTheFiveSlidersFieldByFieldAfterCopyingEachName) 
   EffectHost host(EntryPointFunc, &calls);
   ASSERT_EQ(host.sliders().size(), 5u);
   for (std::size_t row = 0; row < 5; ++row) {
-    const ExpectedSlider& e = kSliders[row];
     const PF_ParamDef& def = host.sliders()[row].def;
     const PF_FloatSliderDef& fs = def.u.fs_d;
-    SCOPED_TRACE(e.name);
-    EXPECT_EQ(def.uu.id, static_cast<A_long>(row + 1));
-    EXPECT_STREQ(def.name, e.name);
-    EXPECT_EQ(fs.value, e.value);
-    EXPECT_EQ(fs.dephault, static_cast<float>(e.value));
-    EXPECT_EQ(fs.valid_min, e.validMin);
-    EXPECT_EQ(fs.valid_max, e.validMax);
-    EXPECT_EQ(fs.slider_min, e.sliderMin);
-    EXPECT_EQ(fs.slider_max, e.sliderMax);
-    EXPECT_EQ(fs.precision, e.precision);
-    EXPECT_EQ(fs.display_flags, e.displayFlags);
-    EXPECT_EQ(fs.curve_tolerance, 0.05f);
+    EXPECT_EQ(fmt::format("{} {} {:g} {:g} {:g}..{:g} {:g}..{:g} {} {} {:g}", def.uu.id, def.name, fs.value,
+                          fs.dephault, fs.valid_min, fs.valid_max, fs.slider_min, fs.slider_max, fs.precision,
+                          fs.display_flags, fs.curve_tolerance),
+              kSliders[row]);
     // Everything else stays zero: the record is the filled fields over a cleared one.
     PF_ParamDef rest = def, zero{};
     rest.param_type = PF_Param_LAYER;  // 0: the host already refuses any type but a float slider
     rest.uu.id = 0;
-    std::memset(rest.name, 0, std::strlen(e.name));
+    std::memset(rest.name, 0, std::strlen(def.name));
     rest.u.fs_d = PF_FloatSliderDef{};
     EXPECT_EQ(std::memcmp(&rest, &zero, sizeof rest), 0) << "a field beyond the slider's, or the name's tail, is set";
   }

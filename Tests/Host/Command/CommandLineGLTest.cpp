@@ -97,6 +97,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "p.png", "-o", "link.png"}, 2, "link.png is the input (p.png under another name)"},
       {{"render", "p.png", "-o", "hard.png"}, 2, "hard.png is the input (p.png under another name)"},
       {{"render", "seq/f_%d.png", "-o", "seq/f_%01d.png"}, 2, "seq/f_7.png is the input"},
+      {{"render", "seq/f_%d.png", "--frames", "8-9", "-o", "seq/f_%01d.png"}, 2, "seq/f_8.png is the input"},
       {{"render", "f_0000.png", "-o", "f_%04d.png"}, 2, "f_0000.png is the input"},
       {{"render", "p.png", "-o", kept, "--compare", "p.png"}, 2, "p.png is the input"},
       {{"render", "p.png", "-o", "new.png", "--compare", "./new.png"}, 2, "--compare ./new.png is also the output"},

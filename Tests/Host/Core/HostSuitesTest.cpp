@@ -117,11 +117,13 @@ TEST_F(HostSuites, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
 }
 
 // Every row of a frame is padded, by at least one pixel, to the alignment, so that an effect that takes width * 4
-// for the row length shows itself at once.
+// for the row length shows itself at once; a frame used again takes the new size whole.
 TEST(ArgbFrame, RowsAlwaysCarryPaddingAndAreAligned) {
-  for (int width : {1, 15, 16, 17, 1920}) {
-    ArgbFrame frame;
-    frame.allocate(width, 2);
+  ArgbFrame frame;
+  for (int width : {1, 15, 16, 17, 1920, 1920}) {
+    const int height = frame.height() + 1;  // the same width again comes taller
+    frame.allocate(width, height);
+    EXPECT_EQ(frame.height(), height) << "width " << width;
     EXPECT_GT(frame.rowBytes(), static_cast<std::size_t>(width) * 4) << "width " << width;
     EXPECT_EQ(frame.rowBytes() % ArgbFrame::kRowAlignment, 0u) << "width " << width;
     EXPECT_LE(frame.rowBytes(), static_cast<std::size_t>(width) * 4 + 4 + ArgbFrame::kRowAlignment) << width;
