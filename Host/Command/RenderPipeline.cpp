@@ -2,9 +2,14 @@
 
 #include <exception>
 #include <mutex>
+#include <optional>
+#include <system_error>
 #include <thread>
 
+#include <fmt/format.h>
+
 #include "Command/BoundedQueue.h"
+#include "Core/HostError.h"
 
 namespace Quillmere::Velmira {
 
@@ -35,6 +40,15 @@ private:
 // and the renderer's input and output.
 constexpr std::size_t kFramesInFlight = 2 * RenderPipeline::kQueueDepth + 4;
 
+template <typename Body>
+std::thread startThread(Body body) {
+  try {
+    return std::thread(std::move(body));
+  } catch (const std::system_error& e) {
+    throw HostError::failure(fmt::format("cannot start a thread of the render pipeline: {}", e.what()));
+  }
+}
+
 }  // namespace
 
 RenderPipeline::RenderPipeline(MediaReader& reader, MediaWriter& writer) : mReader(reader), mWriter(writer) {}
@@ -52,7 +66,7 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
     rendered.close();
   };
 
-  std::thread decoder([&] {
+  auto decode = [&] {
     try {
       while (auto frame = unused.pop()) {
         if (!mReader.read(*frame) || !decoded.push(std::move(*frame))) break;
@@ -61,10 +75,10 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
     } catch (...) {
       stopAll();
     }
-  });
+  };
 
   std::int64_t written = 0;
-  std::thread encoder([&] {
+  auto encode = [&] {
     try {
       while (auto frame = rendered.pop()) {
         mWriter.write(*frame);
@@ -77,9 +91,14 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
     } catch (...) {
       stopAll();
     }
-  });
+  };
 
+  // A thread that cannot start (no memory for its stack) stops the others, which are joined all the same: the
+  // render fails cleanly rather than ending the process with a joinable thread left behind.
+  std::thread decoder, encoder;
   try {
+    decoder = startThread(decode);
+    encoder = startThread(encode);
     while (auto before = decoded.pop()) {
       std::optional<ArgbFrame> after = failure.happened() ? std::nullopt : unused.pop();
       if (!after) break;
@@ -94,8 +113,8 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
   } catch (...) {
     stopAll();
   }
-  encoder.join();
-  decoder.join();
+  if (encoder.joinable()) encoder.join();
+  if (decoder.joinable()) decoder.join();
   failure.rethrow();
   return written;
 }
