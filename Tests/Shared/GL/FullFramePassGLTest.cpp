@@ -1,6 +1,5 @@
-// The two full-frame passes on a real context: the host's order with straight
-// alpha to premultiplied RGBA and back, with the multiplier of deep frames, and
-// the quad's objects made once.
+// The two full-frame passes on a real context: the host's order with straight alpha to premultiplied RGBA and back,
+// with the multiplier of deep frames, and the quad's objects made once.
 #include <gtest/gtest.h>
 
 #include <glbinding/gl/gl.h>
@@ -14,8 +13,7 @@ using namespace gl;
 using namespace Quillmere::Velmira;
 using Pixels = std::vector<std::array<std::uint8_t, 4>>;
 
-// One row of texels through a pass into an 8-bit target of the same width, read
-// back.
+// One row of texels through a pass into an 8-bit target of the same width, read back.
 template <typename Pass>
 static Pixels drawn(Pass& pass, const Pixels& texels, float multiplier) {
   const auto width = static_cast<GLsizei>(texels.size());
@@ -57,8 +55,7 @@ TEST(FullFramePass, PassesConvertBetweenHostOrderAndPremultipliedRGBA) {
     SCOPED_TRACE(std::string(c.screen ? "ScreenRender" : "BackgroundRender") + " by " + std::to_string(c.multiplier));
     const Pixels got = c.screen ? drawn(screen, c.in, c.multiplier) : drawn(background, c.in, c.multiplier);
     for (std::size_t at = 0; at < 4 * got.size(); ++at) {
-      // The shader's quotient is rounded once into 8 bits; one on a .5 edge may
-      // go either way.
+      // The shader's quotient is rounded once into 8 bits; one on a .5 edge may go either way.
       EXPECT_NEAR(got[at / 4][at % 4], c.out[at / 4][at % 4], 1) << "pixel " << at / 4 << " channel " << at % 4;
     }
   }
