@@ -23,6 +23,12 @@ std::unique_ptr<AEOpenGLContext> GLFixture::quietContext(const AEOpenGLContext* 
   return context;
 }
 
+int GLFixture::integer(GLenum name) {
+  GLint value = -1;
+  glGetIntegerv(name, &value);
+  return value;
+}
+
 GLFixture::LiveObjects GLFixture::liveObjects() {
   // Mesa hands out the lowest free names, so a test that makes a few hundred objects stays far below this.
   constexpr GLuint kHighestName = 4096;

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <glbinding/gl/types.h>
+
 namespace Quillmere::Velmira {
 
 class AEOpenGLContext;
@@ -14,6 +16,9 @@ public:
   static AEOpenGLContext& use();
   // A new context, current on the calling thread, its six-line banner kept off the test log.
   static std::unique_ptr<AEOpenGLContext> quietContext(const AEOpenGLContext* shared = nullptr);
+
+  // One integer of the current context's state, as glGetIntegerv gives it (-1 where GL gives nothing).
+  static int integer(gl::GLenum name);
 
   // Objects alive in the current context's share group, found by probing names as glIs* defines them (a name counts
   // once it has been bound), so that a test sees that nothing was left behind.

@@ -1,54 +1,38 @@
-// Frames between host worlds and the GPU on a real context, for the depths the whole-frame tests do not send: the
-// layout stays the host's, deep channels are scaled, unpack state is restored, and every failure gives back what
-// it took. (8-bit frames, padded rows and row direction go through the whole frame tests against the reference.)
+// Frames between host worlds and the GPU on a real context, at every depth (the 8-bit frames of the effect also go
+// through the whole-frame tests, the deep ones only here): channels go up unchanged into float storage and come back
+// the same through padded rows, unpack state is restored, and every failure gives back what it took.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
-#include <vector>
 
 #include <glbinding/gl/gl.h>
 
 #include "Core/CallRecorder.h"
 #include "Core/EffectHost.h"
 #include "GL/AEOpenGLUtilities.h"
-#include "GL/AEOpenglMainFrameBuffer.h"
 #include "Support/GLFixture.h"
 #include "Support/NoEffect.h"
 
 using namespace gl;
 using namespace Quillmere::Velmira;
 
-namespace {
-
-class Transfer : public ::testing::Test {
+class Transfer : public testing::Test {
 protected:
   void SetUp() override { GLFixture::use(); }
 
-  GLuint upload(int format, PF_LayerDef* world) {
-    return AEOpenGLUtilities::UploadTexture(format, world, nullptr, &host.inData(), pixelSize, glType, multiplier,
-                                            false);
-  }
-
-  // A deep world over the caller's pixels.
-  template <typename Pixel>
-  static PF_LayerDef deepWorld(std::vector<Pixel>& pixels, A_long width, A_long height, A_long rowbytes) {
+  // 3 x 2 pixels of the given size over the caller's bytes.
+  static PF_LayerDef world(std::vector<std::uint8_t>& bytes, A_long rowbytes, unsigned long pixelSize) {
     PF_LayerDef world{};
-    world.world_flags = PF_WorldFlag_DEEP;
-    world.data = reinterpret_cast<PF_PixelPtr>(pixels.data());
+    world.world_flags = pixelSize > 4 ? PF_WorldFlag_DEEP : PF_WorldFlag_WRITEABLE;
+    world.data = reinterpret_cast<PF_PixelPtr>(bytes.data());
     world.rowbytes = rowbytes;
-    world.width = width;
-    world.height = height;
+    world.width = 3;
+    world.height = 2;
     return world;
   }
-
-  static std::vector<float> texels(GLuint texture, std::size_t count) {
-    std::vector<float> values(count);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_FLOAT, values.data());
-    glBindTexture(GL_TEXTURE_2D, 0);
-    glDeleteTextures(1, &texture);
-    return values;
+  GLuint upload(int format, PF_LayerDef* input) {
+    return AEOpenGLUtilities::UploadTexture(format, input, nullptr, &host.inData(), pixelSize, glType, multiplier,
+                                            false);
   }
 
   CallRecorder calls;
@@ -58,84 +42,66 @@ protected:
   float multiplier = 0.0f;
 };
 
-}  // namespace
-
-TEST_F(Transfer, SixteenBitFullChannelReachesOneAndUnpackStateIsRestored) {
-  // 2 x 2 pixels in rows padded to 24 bytes, channels from 0 to 32768; the second row starts black.
-  std::vector<PF_Pixel16> pixels(6, PF_Pixel16{32768, 16384, 0, 32768});
-  pixels[3] = PF_Pixel16{};
-  PF_LayerDef world = deepWorld(pixels, 2, 2, 24);
-  const GLuint texture = upload(PF_PixelFormat_ARGB64, &world);
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &multiplier, sizeof bits);
-  EXPECT_EQ(bits, 0x3FFFFF00u) << "65535 / 32768 as a float";
-  EXPECT_EQ(pixelSize, 8u);
-  EXPECT_EQ(glType, GL_UNSIGNED_SHORT);
-  GLint rowLength = -1, bound = -1, format = 0;
-  glGetIntegerv(GL_UNPACK_ROW_LENGTH, &rowLength);
-  glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-  EXPECT_EQ(rowLength, 0);
-  EXPECT_EQ(bound, 0);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
-  EXPECT_EQ(format, static_cast<GLint>(GL_RGBA32F));
-  const std::vector<float> values = texels(texture, 16);
-  EXPECT_NEAR(values[0] * multiplier, 1.0f, 1e-6f) << "full alpha";
-  EXPECT_NEAR(values[1] * multiplier, 0.5f, 1e-6f) << "half red";
-  EXPECT_NEAR(values[3] * multiplier, 1.0f, 1e-6f) << "full blue";
-  EXPECT_EQ(values[8], 0.0f) << "the second row is read at rowbytes, not at the width";
+// Rows of 4 pixels going up and of 5 coming back, the texture read back through a frame buffer; channel values that
+// need the depth's full precision and, for floats, ones that no normalised storage holds.
+TEST_F(Transfer, EveryDepthComesBackUnchangedThroughPaddedRowsAndLeavesUnpackStateAlone) {
+  const struct {
+    int format;
+    unsigned long pixelSize;
+    GLenum glType;
+    float multiplier;
+  } depths[] = {{PF_PixelFormat_ARGB32, 4, GL_UNSIGNED_BYTE, 1.0f},
+                {PF_PixelFormat_ARGB64, 8, GL_UNSIGNED_SHORT, 65535.0f / 32768.0f},  // the host's 32768 becomes 1
+                {PF_PixelFormat_ARGB128, 16, GL_FLOAT, 1.0f}};
+  for (const auto& depth : depths) {
+    SCOPED_TRACE("pixels of " + std::to_string(depth.pixelSize) + " bytes");
+    const unsigned long size = depth.pixelSize;
+    std::vector<std::uint8_t> in(8 * size), out(10 * size, 0xA5), expected(out);
+    for (std::size_t i = 0; i < in.size(); i += 4) {
+      const float value = (static_cast<float>(i) - 40.0f) / 3.0f;  // every byte of it counts, at every depth
+      std::memcpy(&in[i], &value, 4);
+    }
+    PF_LayerDef input = world(in, 4 * size, size), output = world(out, 5 * size, size);
+    const GLuint texture = upload(depth.format, &input);
+    EXPECT_EQ(std::tuple(pixelSize, glType, multiplier), std::tuple(size, depth.glType, depth.multiplier));
+    EXPECT_EQ(GLFixture::integer(GL_UNPACK_ROW_LENGTH), 0);
+    EXPECT_EQ(GLFixture::integer(GL_TEXTURE_BINDING_2D), 0);
+    GLuint frameBuffer = 0;
+    glGenFramebuffers(1, &frameBuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
+    EXPECT_EQ(AEOpenGLUtilities::CheckFramebufferStatus(), "Framebuffer incomplete, missing attachment!");
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+    AEOpenGLUtilities::DownloadTexture(3, 2, &input, &output, &host.inData(), depth.format, pixelSize, glType);
+    glDeleteFramebuffers(1, &frameBuffer);
+    glDeleteTextures(1, &texture);
+    std::copy_n(in.begin(), 3 * size, expected.begin());
+    std::copy_n(in.begin() + 4 * size, 3 * size, expected.begin() + 5 * size);
+    EXPECT_EQ(out, expected) << "the rows and their padding as they come back";
+    EXPECT_EQ(EffectHost::liveHandles(), 0u);
+  }
 }
 
-TEST_F(Transfer, FloatWorldsGoUpThroughTheHostsIteration) {
-  std::vector<PF_PixelFloat> pixels = {{1.0f, 0.25f, 0.5f, 0.75f}, {0.5f, 2.0f, -1.0f, 0.0f}};
-  PF_LayerDef world = deepWorld(pixels, 2, 1, 2 * sizeof(PF_PixelFloat));
-  const GLuint texture = upload(PF_PixelFormat_ARGB128, &world);
-  EXPECT_EQ(pixelSize, 16u);
-  EXPECT_EQ(glType, GL_FLOAT);
-  EXPECT_EQ(calls.count("iterateFloat.iterate"), 1);
-  EXPECT_EQ(host.heldSuites(), 0);
-  EXPECT_EQ(texels(texture, 8), (std::vector<float>{1.0f, 0.25f, 0.5f, 0.75f, 0.5f, 2.0f, -1.0f, 0.0f}))
-      << "float channels go up unscaled and unclamped";
-}
-
-TEST_F(Transfer, UnknownFormatThrows516AndKeepsNoTexture) {
-  ArgbFrame input;
-  input.allocate(2, 2);
+// An unknown format throws 516, and an error of the host's float iteration is thrown as it is.
+TEST_F(Transfer, FailuresThrowTheirCodeAndKeepNoTextureHandleOrSuite) {
+  std::vector<std::uint8_t> bytes(6 * 16);
+  PF_LayerDef frame = world(bytes, 3 * 16, 16);
   const GLFixture::LiveObjects before = GLFixture::liveObjects();
-  try {
-    upload(PF_PixelFormat_INVALID, input.world());
-    FAIL() << "no exception";
-  } catch (int code) {
-    EXPECT_EQ(code, PF_Err_BAD_CALLBACK_PARAM);
+  for (const int error : {0, int{PF_Err_OUT_OF_MEMORY}}) {
+    for (const bool download : {false, true}) {
+      SCOPED_TRACE(std::string(download ? "download" : "upload") +
+                   (error ? ", iteration failing" : ", unknown format"));
+      const int format = error ? PF_PixelFormat_ARGB128 : PF_PixelFormat_INVALID;
+      if (error) calls.failCall("iterateFloat.iterate", calls.count("iterateFloat.iterate") + 1, error);
+      try {
+        download ? AEOpenGLUtilities::DownloadTexture(3, 2, &frame, &frame, &host.inData(), format, 16, GL_FLOAT)
+                 : void(upload(format, &frame));
+        ADD_FAILURE() << "nothing thrown";
+      } catch (int code) {
+        EXPECT_EQ(code, error ? error : PF_Err_BAD_CALLBACK_PARAM);
+      }
+      EXPECT_EQ(GLFixture::liveObjects().textures, before.textures);
+      EXPECT_EQ(EffectHost::liveHandles(), 0u);
+      EXPECT_EQ(host.heldSuites(), 0);
+    }
   }
-  EXPECT_EQ(GLFixture::liveObjects().textures, before.textures);
-}
-
-// (A missing handle or handle suite is given back through the entry: see the render commands' failure table.)
-TEST_F(Transfer, DownloadOfAnUnknownFormatThrows516AndGivesBackHandleAndSuite) {
-  ArgbFrame input, output;
-  input.allocate(2, 2);
-  output.allocate(2, 2);
-  AEOpenglMainFrameBuffer* buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
-  buffer->prepare(2, 2, true);
-  buffer->beginDrawing();
-  buffer->endDrawing(1.0f);
-  try {
-    AEOpenGLUtilities::DownloadTexture(2, 2, input.world(), output.world(), &host.inData(), PF_PixelFormat_INVALID, 4,
-                                       GL_UNSIGNED_BYTE);
-    ADD_FAILURE() << "no exception";
-  } catch (int code) {
-    EXPECT_EQ(code, PF_Err_BAD_CALLBACK_PARAM);
-  }
-  EXPECT_EQ(EffectHost::liveHandles(), 0u);
-  EXPECT_EQ(host.heldSuites(), 0);
-}
-
-TEST_F(Transfer, FramebufferStatusInWords) {
-  GLuint frameBuffer = 0;
-  glGenFramebuffers(1, &frameBuffer);
-  glBindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
-  EXPECT_EQ(AEOpenGLUtilities::CheckFramebufferStatus(), "Framebuffer incomplete, missing attachment!");
-  glBindFramebuffer(GL_FRAMEBUFFER, 0);
-  glDeleteFramebuffers(1, &frameBuffer);
 }
