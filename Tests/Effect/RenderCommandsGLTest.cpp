@@ -16,7 +16,6 @@
 #include "GL/AEOpenglMainFrameBuffer.h"
 #include "Support/GLCallLog.h"
 #include "Support/GLFixture.h"
-#include "Support/HostGLContext.h"
 #include "Support/ReferenceRender.h"
 #include "Support/TestFrames.h"
 #include "Velmira.h"
@@ -69,7 +68,7 @@ protected:
     return live;
   }
 
-  HostGLContext hostContext;
+  GLFixture::HostContext hostContext;
   CallRecorder calls;
   std::unique_ptr<EffectHost> host;
   ArgbFrame input, output;

@@ -22,8 +22,6 @@ public:
   GLCallLog& operator=(const GLCallLog&) = delete;
 
   std::vector<Call> calls() const;
-  // The calls of one function, in order.
-  std::vector<Call> callsOf(const std::string& name) const;
   std::vector<std::string> names() const;
   // Only the calls whose names are among these, in order, as text.
   std::vector<std::string> only(const std::vector<std::string>& names) const;

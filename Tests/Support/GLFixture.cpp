@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <EGL/egl.h>
 #include <glbinding/gl/gl.h>
 
+#include "CGLCurrent.h"
+#include "EglDisplay.h"
 #include "GL/AEOpenGLContext.h"
 
 using namespace gl;
@@ -39,5 +42,25 @@ GLFixture::LiveObjects GLFixture::liveObjects() {
   }
   return live;
 }
+
+GLFixture::HostContext::HostContext() : mContext(EGL_NO_CONTEXT) {
+  eglBindAPI(EGL_OPENGL_API);
+  const EGLint wanted[] = {EGL_SURFACE_TYPE, 0, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_NONE};
+  EGLConfig config = nullptr;
+  EGLint found = 0;
+  eglChooseConfig(EglDisplay::display(), wanted, &config, 1, &found);
+  if (found > 0) mContext = eglCreateContext(EglDisplay::display(), config, EGL_NO_CONTEXT, nullptr);
+}
+
+GLFixture::HostContext::~HostContext() {
+  if (isCurrent()) CGLSetCurrentContext(nullptr);
+  eglDestroyContext(EglDisplay::display(), mContext);
+}
+
+void GLFixture::HostContext::makeCurrent() { CGLSetCurrentContext(cglContext()); }
+
+bool GLFixture::HostContext::isCurrent() const { return CGLGetCurrentContext() == cglContext(); }
+
+CGLContextObj GLFixture::HostContext::cglContext() const { return reinterpret_cast<CGLContextObj>(mContext); }
 
 }  // namespace Quillmere::Velmira

@@ -10,14 +10,13 @@
 #include "NSOpenGLContext.h"
 #include "Support/GLCallLog.h"
 #include "Support/GLFixture.h"
-#include "Support/HostGLContext.h"
 
 using namespace Quillmere::Velmira;
 
 // A thread cannot be given back no context: with none current at init, the plug-in's stays.
 TEST(SaveRestoreGLContextMac, RestoreGivesTheSavedContextBackOnceFlushingOnlyOnTheCGLRoad) {
   const std::unique_ptr<AEOpenGLContext> plugin = GLFixture::quietContext();
-  HostGLContext host;
+  GLFixture::HostContext host;
   CGLContextObj wrappedCgl = nullptr;
   NSOpenGLContext* wrapped = AEOpenGLContext::createNSContext(nullptr, wrappedCgl);
   const struct {
