@@ -56,25 +56,6 @@ TEST_F(VelmiraRenderTest, PreapreaReadsEachSliderAtTheFrameTimeAsASinglePrecisio
   EXPECT_EQ(host.openParamCheckouts(), 0);
 }
 
-// The rule is on the float values: a new fraction rebuilds though the integer size stays; the other sliders never
-// ask for a rebuild. (That an unchanged size compiles nothing is counted in GL calls by the render command tests.)
-TEST_F(VelmiraRenderTest, ANewShaderFollowsTheBlurSizeAsAFloat) {
-  const struct {
-    double before, after;
-    bool rebuild;
-  } cases[] = {{9, 9, false}, {9, 9.4, true}, {9, 10, true}, {30, 3, true}, {0, -0.0, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.before) + " -> " + std::to_string(c.after));
-    ReferenceSliders{c.before, 10, 30, 0, 0}.applyTo(host);
-    ASSERT_EQ(preaprea(), PF_Err_NONE);
-    render.buildShader();
-    ASSERT_NE(render.shader(), nullptr);
-    ReferenceSliders{c.after, 80, 10, 50, 50}.applyTo(host);
-    ASSERT_EQ(preaprea(), PF_Err_NONE);
-    EXPECT_EQ(render.rebuildRequested(), c.rebuild);
-  }
-}
-
 // Where a failure happens among the ten calls decides what is read: nothing is checked out after it, later sliders
 // become 0, and all five check-ins still run. A later failure of the last check-in does not replace the first error.
 // Position 1 is the checkout of slider 1, 2 its check-in, 3 the checkout of slider 2, ...
