@@ -26,7 +26,7 @@ TEST(Color, TextIsArgbWithSinglePrecisionQuotientsAndOtherShapesLeaveWhite) {
 
 TEST(Color, NilColoursAreAllEqualAndLerpClampsT) {
   const Color nil = after(Color(), &Color::setNil), a(0.2, 0.4, 0.6, 0.8), b(1, 0, 1, 0);
-  EXPECT_TRUE(near(nil, {-1, -1, -1, -1}) && Color(0.5, 0.5, -0.1, 1).isNil() && !Color(kNaN, 0, 0, 1).isNil());
+  EXPECT_TRUE(near(nil, {-1, -1, -1, -1}) && Color(0.5, 0.5, -0.1, 1).isNil() && !Color(NAN, 0, 0, 1).isNil());
   EXPECT_TRUE(nil == Color(0.2, -3, 0.4, 0.5) && nil != Color()) << "two nil colours, whatever their channels";
   EXPECT_TRUE(Color() == Color(1, 1, 1, 1 - 1e-12) && Color() != Color(1, 1, 1, 1 - 2e-12));
   EXPECT_TRUE(near(Color::lerp(a, b, 2.0), b) && near(Color::lerp(a, b, -1.0), a));
@@ -68,7 +68,7 @@ TEST(Rect, EdgesBelongToTheRectangleOnlyIntersectsIsStrictAndNoSizeIsNormalised)
   EXPECT_TRUE(near(Rect(1, 1, 10, 10).getInclude(Vec2(20, -5)), {1, -5, 19, 16}));
   EXPECT_TRUE(near(Rect(1, 2, 4, 6).getBottomRight(), {5, 8})) << "origin and size, not two corners";
   EXPECT_TRUE(Rect(3, 3, 0, 0).isEmpty() && !Rect(0, 0, 0, 5).isEmpty() && !Rect(0, 0, -1, -1).isEmpty());
-  const Rect a, b(9e-13, 9e-13, 9e-13, 9e-13), n(kNaN, 0, 1, 1);  // == takes each field within 1e-12, unlike Vec4
+  const Rect a, b(9e-13, 9e-13, 9e-13, 9e-13), n(NAN, 0, 1, 1);  // == takes each field within 1e-12, unlike Vec4
   EXPECT_TRUE(a == b && static_cast<const Vec4&>(a) != b && n != n);
 }
 
@@ -84,8 +84,7 @@ TEST(Rect, RightAndBottomSettersResizeAndMarginsGoToEverySideInSinglePrecision) 
 
 TEST(Range, FullMeansTheLargestIntAndAStartAloneHasNoLength) {
   const Range full(true), empty(false), start(7);
-  EXPECT_EQ((std::vector<int>{full.start, full.length, empty.length, start.start, start.length}),
-            (std::vector<int>{0, 2147483647, 0, 7, 0}));
+  EXPECT_EQ(Ints({full.start, full.length, empty.length, start.start, start.length}), Ints({0, 2147483647, 0, 7, 0}));
 }
 
 TEST(Box3, EmptyStateHasTheSmallestPositiveNormalAsMaxAndGrowingFromItKeepsThatFloor) {

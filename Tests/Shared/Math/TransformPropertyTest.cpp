@@ -9,18 +9,18 @@ namespace Quillmere::Velmira {
 Vec3 anyVec3(double limit) { return Vec3(uniform(-limit, limit), uniform(-limit, limit), uniform(-limit, limit)); }
 
 Quaternion anyRotation() {
-  return after(Quaternion(), [](Quaternion& q) { q.set(anyVec3(1.0), uniform(-kPi, kPi)); });
+  return after(Quaternion(), [](Quaternion& q) { q.set(anyVec3(1.0), uniform(-M_PI, M_PI)); });
 }
 
 // Angles for any of the six orders, the middle one (between the other two in the order's
 // product) at least margin away from a quarter turn, or at one when locked.
 Euler anyAngles(double margin, bool locked = false) {
-  Euler e(uniform(-kPi, kPi), uniform(-kPi, kPi), uniform(-kPi, kPi),
+  Euler e(uniform(-M_PI, M_PI), uniform(-M_PI, M_PI), uniform(-M_PI, M_PI),
           static_cast<Euler::RotationOrder>(*rc::gen::inRange(1, 7)));
   double& middle = e.mOrder == Euler::XYZ || e.mOrder == Euler::ZYX   ? e.y
                    : e.mOrder == Euler::YZX || e.mOrder == Euler::XZY ? e.z
                                                                       : e.x;
-  middle = locked ? *rc::gen::element(-kPi / 2, kPi / 2) : uniform(-kPi / 2 + margin, kPi / 2 - margin);
+  middle = locked ? *rc::gen::element(-M_PI / 2, M_PI / 2) : uniform(-M_PI / 2 + margin, M_PI / 2 - margin);
   return e;
 }
 
@@ -66,7 +66,7 @@ RC_GTEST_PROP(Mat4Property, DecomposeReturnsWhatComposeTookIn, ()) {
 
 // Unit rotations and vectors up to 10: a handful of products, well within 1e-13.
 RC_GTEST_PROP(QuaternionProperty, QuaternionFromAMatrixRotatesAsTheMatrix, ()) {
-  const Mat4 rotation = after(Mat4(), [](Mat4& m) { m.setRotation(uniform(-kPi, kPi), anyVec3(1.0)); });
+  const Mat4 rotation = after(Mat4(), [](Mat4& m) { m.setRotation(uniform(-M_PI, M_PI), anyVec3(1.0)); });
   const Quaternion q = after(Quaternion(), &Quaternion::setWithMat4, rotation);
   const Vec3 v = anyVec3(10);
   RC_ASSERT(Quaternion::quaternionMulVec3(q, v).equal(rotation.mult(v), 1e-13));

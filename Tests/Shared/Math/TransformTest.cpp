@@ -37,13 +37,13 @@ TEST(Mat4, ProductsApplyTheRightOperandFirstIntoAnyOutAndDivideOnlyWhenProjectin
 
 TEST(Mat4, RotationsAreRightHandedInRadiansAndExtendersActFirst) {
   const auto turned = [](const Mat4& m, Vec3 from, Vec3 to) { return near(m * from, to, kUlps); };
-  EXPECT_TRUE(turned(after(Mat4(), &Mat4::setXRotation, kPi / 2), {0, 1, 0}, {0, 0, 1}) &&
-              turned(after(Mat4(), &Mat4::setYRotation, kPi / 2), {0, 0, 1}, {1, 0, 0}) &&
-              turned(after(Mat4(), &Mat4::setZRotation, kPi / 2), {1, 0, 0}, {0, 1, 0}));
+  EXPECT_TRUE(turned(after(Mat4(), &Mat4::setXRotation, M_PI / 2), {0, 1, 0}, {0, 0, 1}) &&
+              turned(after(Mat4(), &Mat4::setYRotation, M_PI / 2), {0, 0, 1}, {1, 0, 0}) &&
+              turned(after(Mat4(), &Mat4::setZRotation, M_PI / 2), {1, 0, 0}, {0, 1, 0}));
   // An axis of any length is normalised, and no axis at all turns about X.
-  EXPECT_TRUE(turned(after(Mat4(), [](Mat4& m) { m.setRotation(kPi / 2, 0, 0, 5); }), {1, 0, 0}, {0, 1, 0}) &&
-              turned(after(Mat4(), [](Mat4& m) { m.setRotation(kPi / 2, 0, 0, 0); }), {0, 1, 0}, {0, 0, 1}));
-  const Mat4 moved = after(after(Mat4(), &Mat4::rotateZ, kPi / 2), [](Mat4& m) { m.translate(1, 0, 0); });
+  EXPECT_TRUE(turned(after(Mat4(), [](Mat4& m) { m.setRotation(M_PI / 2, 0, 0, 5); }), {1, 0, 0}, {0, 1, 0}) &&
+              turned(after(Mat4(), [](Mat4& m) { m.setRotation(M_PI / 2, 0, 0, 0); }), {0, 1, 0}, {0, 0, 1}));
+  const Mat4 moved = after(after(Mat4(), &Mat4::rotateZ, M_PI / 2), [](Mat4& m) { m.translate(1, 0, 0); });
   EXPECT_TRUE(turned(moved, {0, 0, 0}, {0, 1, 0})) << "the move follows the turned X axis";
 }
 
@@ -54,7 +54,7 @@ TEST(Mat4, ProjectionsFollowTheirArgumentOrdersAndLookAtWritesOnlyTheRotation) {
                    Mat4(0.02, 0, 0, -1, 0, -0.04, 0, 1, 0, 0, -1, 0, 0, 0, 0, 1, false), 1e-17));
   EXPECT_TRUE(near(after(Mat4(), &Mat4::setFrustum, 0, 100, 0, 50, 1, 3),
                    Mat4(0.02, 0, 1, 0, 0, 0.04, 1, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), 1e-17));
-  EXPECT_TRUE(near(after(Mat4(), &Mat4::setPerspective, kPi / 2, 1, 1, 3),
+  EXPECT_TRUE(near(after(Mat4(), &Mat4::setPerspective, M_PI / 2, 1, 1, 3),
                    Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), kUlps));
   Mat4 look(1, 0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3, 7, 0, 0, 1, false);
   look.setLookAt(Vec3(5, 0, 0), Vec3(0, 0, 0), Vec3(0, 1, 0));  // z = (1, 0, 0), x = up x z, y = z x x
@@ -90,11 +90,11 @@ TEST(Mat4, EqualityIsInclusivePerElementForMatricesAndExactForQuaternions) {
 }
 
 TEST(Quaternion, StartsAtNoTurnOnlySetNormalisesTheAxisAndAnglesComeBackInDegrees) {
-  const double c = std::cos(kPi / 6), h = std::sqrt(0.5);
-  const auto set = [](Vec3 axis) { return after(Quaternion(), [&](Quaternion& q) { q.set(axis, kPi / 3); }); };
+  const double c = std::cos(M_PI / 6), h = std::sqrt(0.5);
+  const auto set = [](Vec3 axis) { return after(Quaternion(), [&](Quaternion& q) { q.set(axis, M_PI / 3); }); };
   EXPECT_TRUE(near(Quaternion(), {0, 0, 0, 1}) &&
               near(after(Quaternion(0, 0, 0, 0), &Quaternion::normalize), {0, 0, 0, 1}));
-  EXPECT_TRUE(near(Quaternion(Vec3(0, 0, 2), kPi / 3), {0, 0, 1, c}, kUlps) &&
+  EXPECT_TRUE(near(Quaternion(Vec3(0, 0, 2), M_PI / 3), {0, 0, 1, c}, kUlps) &&
               near(set({0, 0, 2}), {0, 0, 0.5, c}, kUlps));
   EXPECT_TRUE(near(set({0, 0, 0}), {0.5, 0, 0, c}, kUlps)) << "no axis is X";
   EXPECT_TRUE(near(Quaternion::quaternionMulVec3(Quaternion(0, 0, h, h), Vec3(1, 0, 0)), {0, 1, 0}, kUlps));
@@ -127,19 +127,18 @@ TEST(Quaternion, MultiplyPutsItsArgumentOnTheRightAndSlerpTakesTheShortArc) {
       near(Quaternion::quaternionMulVec3(after(x, &Quaternion::multiply, y), Vec3(0, 0, 1)), {1, 0, 0}, kUlps) &&
       near(Quaternion::quaternionMulVec3(after(x, &Quaternion::premultiply, y), Vec3(0, 0, 1)), {0, -1, 0}, kUlps));
   EXPECT_TRUE(
-      near(after(Quaternion(), &Quaternion::slerp, z, 0.5), {0, 0, std::sin(kPi / 8), std::cos(kPi / 8)}, kUlps));
+      near(after(Quaternion(), &Quaternion::slerp, z, 0.5), {0, 0, std::sin(M_PI / 8), std::cos(M_PI / 8)}, kUlps));
   EXPECT_TRUE(near(after(Quaternion(), &Quaternion::slerp, Quaternion(0, 0, -h, -h), 0.999), z, 1e-3)) << "short arc";
   // Half angles 1e-4 apart: a sine below 0.001 gives the plain average, whatever t is.
   EXPECT_TRUE(
       near(after(Quaternion(), &Quaternion::slerp, close, 0.1), {0, 0, std::sin(1e-4) * 0.5, (1 + close.w) * 0.5}) &&
       near(after(Quaternion(), &Quaternion::slerp, close, 0.9), {0, 0, std::sin(1e-4) * 0.5, (1 + close.w) * 0.5}));
-  EXPECT_TRUE(near(Quaternion::lerp(close, close, kNaN), close));
+  EXPECT_TRUE(near(Quaternion::lerp(close, close, NAN), close));
 }
 
 TEST(Euler, UnspecifiedKeepsTheHeldOrderAndGimbalLockUsesTheFloatThreshold) {
-  EXPECT_EQ(
-      (std::vector<int>{Euler::Unspecified, Euler::XYZ, Euler::YZX, Euler::ZXY, Euler::XZY, Euler::YXZ, Euler::ZYX}),
-      (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(Ints({Euler::Unspecified, Euler::XYZ, Euler::YZX, Euler::ZXY, Euler::XZY, Euler::YXZ, Euler::ZYX}),
+            Ints({0, 1, 2, 3, 4, 5, 6}));
   // Euler() holds XYZ, which set keeps; == takes each angle within 1e-12 and the very same order.
   const Euler e = after(Euler(), &Euler::set, 0, 2, 3, Euler::Unspecified);
   EXPECT_TRUE(e == Euler(0, 2, 3, Euler::XYZ) && e == Euler(1e-12, 2, 3, Euler::XYZ) &&
@@ -150,7 +149,7 @@ TEST(Euler, UnspecifiedKeepsTheHeldOrderAndGimbalLockUsesTheFloatThreshold) {
   const Euler none(7, 8, 9, Euler::Unspecified);  // no order to extract for: the angles stay
   EXPECT_TRUE(after(none, &Euler::setWithMat4, yxz, Euler::Unspecified) == none);
   const Mat4 past(1, 0, 1.0000000000000002, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, false);
-  EXPECT_EQ(after(Euler(), &Euler::setWithMat4, past, Euler::XYZ).y, kPi / 2) << "clamped to 1, not NaN";
+  EXPECT_EQ(after(Euler(), &Euler::setWithMat4, past, Euler::XYZ).y, M_PI / 2) << "clamped to 1, not NaN";
   // 0.99999899 lies between the float 0.999999 (0.99999898672) and the double: locked, so z is 0.
   const Mat4 locked(1, -0.5, 0.99999899, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, false);
   EXPECT_EQ(after(Euler(), &Euler::setWithMat4, locked, Euler::XYZ).z, 0.0);
@@ -187,10 +186,9 @@ TEST(Affine, InverseTreatsDeterminantsBelowOneMillionthAsSingularAndAverageScale
   EXPECT_TRUE(scaled(1e-06, 1).inverse(out) && scaled(-1e-06, 1).inverse(out)) << "exactly 1e-06 is inverted";
   EXPECT_TRUE(near(Affine(2, 0, 0, 4, 6, 8).getInverse(), Affine(0.5, 0, 0, 0.25, -3, -2)));
   // By rows, rounded to four decimals in single precision.
-  EXPECT_EQ((std::vector<double>{scaled(1, 3).averageScale(), scaled(1.0 / 3, 1.0 / 3).averageScale(),
-                                 after(Affine(), &Affine::setRotate, 33).averageScale(),
-                                 Affine(3, 4, 0, 0, 0, 0).averageScale()}),
-            (std::vector<double>{2, 0.33329999446868896, 1, 3.5}));
+  EXPECT_EQ(Doubles({scaled(1, 3).averageScale(), scaled(1.0 / 3, 1.0 / 3).averageScale(),
+                     after(Affine(), &Affine::setRotate, 33).averageScale(), Affine(3, 4, 0, 0, 0, 0).averageScale()}),
+            Doubles({2, 0.33329999446868896, 1, 3.5}));
 }
 
 }  // namespace Quillmere::Velmira

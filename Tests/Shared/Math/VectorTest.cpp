@@ -7,10 +7,9 @@ namespace Quillmere::Velmira {
 TEST(Float, DegreeConstantIsTheShortLiteralEqualIsInclusiveAndNegligibleStrict) {
   EXPECT_TRUE(kDegToRad == 0.017453292519943 && kRadToDeg == 180.0 / M_PI && kTolerance == 1e-12) << "not pi/180";
   EXPECT_TRUE(floatEqual(0.5, 0.25, 0.25) && floatEqual(0.0, -1e-12)) << "inclusive at the tolerance";
-  EXPECT_FALSE(floatEqual(1e9, 1e9 + 1e-6) || floatEqual(kNaN, kNaN, 1.0)) << "absolute, never scaled; NaN unequal";
+  EXPECT_FALSE(floatEqual(1e9, 1e9 + 1e-6) || floatEqual(NAN, NAN, 1.0)) << "absolute, never scaled; NaN unequal";
   EXPECT_TRUE(floatNegligible(-9.9e-13) && !floatNegligible(1e-12) && !floatNegligible(-1e-12)) << "strict";
-  EXPECT_EQ((std::vector<int>{floatSign(-2), floatSign(0), floatSign(3), floatSign(kNaN)}),
-            (std::vector<int>{-1, 0, 1, 0}));
+  EXPECT_EQ(Ints({floatSign(-2), floatSign(0), floatSign(3), floatSign(NAN)}), Ints({-1, 0, 1, 0}));
 }
 
 TEST(Vec2, ZeroLengthAnswersDifferByOperationAndAnglesAreSignedDegrees) {
@@ -21,8 +20,8 @@ TEST(Vec2, ZeroLengthAnswersDifferByOperationAndAnglesAreSignedDegrees) {
   // 90 * kDegToRad falls 2.66e-14 short of pi/2, which stays in x; pi/180 would leave 6e-17.
   EXPECT_TRUE(near(after(Vec2(1, 0), &Vec2::rotate, 90), {2.65e-14, 1}, 1e-15));
   // At 0 there is no trigonometry, whose inf * 0 would give NaN.
-  EXPECT_TRUE(near(after(Vec2(1, kInf), &Vec2::rotate, 0), {1, kInf}) &&
-              near(Vec2(1, kInf).rotateRound(0, Vec2(5, 5)), {1, kInf}));
+  EXPECT_TRUE(near(after(Vec2(1, INFINITY), &Vec2::rotate, 0), {1, INFINITY}) &&
+              near(Vec2(1, INFINITY).rotateRound(0, Vec2(5, 5)), {1, INFINITY}));
   EXPECT_TRUE(near(after(Vec2(2, 1), &Vec2::rotateAround, 90, Vec2(1, 1)), {1, 2}, 1e-12)) << "about the centre";
   EXPECT_TRUE(near(after(Vec2(2, 0), &Vec2::setAngle, 90), {0, 2}, 1e-12)) << "the length stays";
   EXPECT_NEAR(Vec2(-1, 0).getAngle(), 180.0, 1e-12);
@@ -54,8 +53,7 @@ TEST(Vec2, RemaindersClampsProjectionsAndSignsKeepTheirOddConventions) {
   EXPECT_TRUE(Vec2(-3, 5).lineProjectionLength(Vec2(), Vec2(10, 0)) == 3.0 &&
               Vec2(-3, 5).distanceToLine(Vec2(), Vec2(10, 0)) == 5.0);
   const auto quadrant = [](double x, double y) { return Vec2(x, y).getQuadrant(); };
-  EXPECT_EQ((std::vector<int>{quadrant(0, 0), quadrant(-1, 0), quadrant(-1, -1), quadrant(0, -1)}),
-            (std::vector<int>{1, 2, 3, 4}));
+  EXPECT_EQ(Ints({quadrant(0, 0), quadrant(-1, 0), quadrant(-1, -1), quadrant(0, -1)}), Ints({1, 2, 3, 4}));
   // Opposite when both signs differ, or one does and the other axis is 0 for both points.
   const auto opposite = [](Vec2 a, Vec2 b) { return Vec2::oppositeQuadrant(a, b); };
   EXPECT_EQ((std::vector<bool>{opposite({1, 0}, {-1, 0}), opposite({0, 1}, {0, -1}), opposite({1, 1}, {-1, 1}),
@@ -108,8 +106,7 @@ TEST(Vec3, ZeroLengthGoesAlongXAnglesAreRadiansAndTiesFavourTheLaterComponent) {
   EXPECT_EQ(Vec3(1, 0, 0).angleBetween(Vec3(0, 1, 0)), 1.5707963267948966) << "radians, unlike Vec2";
   EXPECT_TRUE(std::isnan(Vec3().angleBetween(Vec3(1, 0, 0)))) << "no guard for a zero vector";
   const auto largest = [](double x, double y, double z) { return Vec3(x, y, z).largestAbsComponent(); };
-  EXPECT_EQ((std::vector<int>{largest(-3, 2, 1), largest(1, 1, 0), largest(1, 0, 1), largest(0, 1, 1)}),
-            (std::vector<int>{0, 1, 2, 2}));
+  EXPECT_EQ(Ints({largest(-3, 2, 1), largest(1, 1, 0), largest(1, 0, 1), largest(0, 1, 1)}), Ints({0, 1, 2, 2}));
   // ortho takes the axis before the object's own largest component, and crosses v with it.
   EXPECT_TRUE(near(after(Vec3(1, 0, 0), &Vec3::ortho, Vec3(0, 1, 0)), {1, 0, 0}) &&
               near(after(Vec3(0, 5, 0), &Vec3::ortho, Vec3(0, 0, 1)), {0, 1, 0}) &&
@@ -119,9 +116,9 @@ TEST(Vec3, ZeroLengthGoesAlongXAnglesAreRadiansAndTiesFavourTheLaterComponent) {
 TEST(Vec3, EqualityIsPerComponentAndCyclicDifferencesWrapOnce) {
   EXPECT_TRUE(Vec3() == Vec3(9e-13, 9e-13, 9e-13) && Vec3().equal(Vec3(0.5, -0.5, 0.5), 0.5)) << "inclusive";
   // Half a period is not wrapped, nothing is wrapped twice, and rotationalDifference's period is 0.
-  EXPECT_EQ((std::vector<double>{cyclicDifference(350, 10, 360), cyclicDifference(190, 10, 360),
-                                 cyclicDifference(10, 190, 360), cyclicDifference(730, 0, 360)}),
-            (std::vector<double>{-20, 180, -180, 370}));
+  EXPECT_EQ(Doubles({cyclicDifference(350, 10, 360), cyclicDifference(190, 10, 360), cyclicDifference(10, 190, 360),
+                     cyclicDifference(730, 0, 360)}),
+            Doubles({-20, 180, -180, 370}));
   EXPECT_TRUE(near(Vec3(350, 0, 0).rotationalDifference(Vec3(10, 0, 0)), {340, 0, 0}));
 }
 
@@ -132,7 +129,7 @@ TEST(Vec3, MatricesApplyThroughColumnMajorElementsAndQuaternionsUnnormalised) {
               near(after(Vec3(0, 0, 2), &Vec3::transformDirection, m), {0, 0, 1}) &&
               near(after(Vec3(2, 4, 4), &Vec3::applyProjection, halfZ), {1, 2, 2}) &&
               near(after(Vec3(), &Vec3::setFromMatrixColumn, m, 1), {5, 1, 0}));
-  EXPECT_EQ(after(Vec3(1, 2, 0), &Vec3::applyProjection, halfZ).x, kInf) << "no guard for w = 0";
+  EXPECT_EQ(after(Vec3(1, 2, 0), &Vec3::applyProjection, halfZ).x, INFINITY) << "no guard for w = 0";
   // q v q* with q = (0, 0, 0, 2) scales by |q|^2: nothing normalises q.
   EXPECT_TRUE(near(after(Vec3(1, 2, 3), &Vec3::applyQuaternion, Quaternion(0, 0, 0, 2)), {4, 8, 12}));
 }
@@ -140,7 +137,7 @@ TEST(Vec3, MatricesApplyThroughColumnMajorElementsAndQuaternionsUnnormalised) {
 RC_GTEST_PROP(Vec3Property, UnitQuaternionAndItsConjugateReturnTheVector, ()) {
   const Vec3 v(uniform(-1000, 1000), uniform(-1000, 1000), uniform(-1000, 1000));
   const Vec3 axis = after(Vec3(uniform(-1, 1), uniform(-1, 1), uniform(-1, 1)), &Vec3::normalize);
-  const double s = std::sin(uniform(-kPi, kPi)), c = std::sqrt(1 - s * s);
+  const double s = std::sin(uniform(-M_PI, M_PI)), c = std::sqrt(1 - s * s);
   const Vec3 turned = after(v, &Vec3::applyQuaternion, Quaternion(axis.x * s, axis.y * s, axis.z * s, c));
   // Vectors up to 1733 long through two rotations of a few roundings each.
   RC_ASSERT(after(turned, &Vec3::applyQuaternion, Quaternion(-axis.x * s, -axis.y * s, -axis.z * s, c)).equal(v, 1e-9));
@@ -148,7 +145,7 @@ RC_GTEST_PROP(Vec3Property, UnitQuaternionAndItsConjugateReturnTheVector, ()) {
 }
 
 TEST(Vec4, StartsAtZeroAndEqualityIsByEuclideanDistanceAndStrict) {
-  const Vec4 zero, nan(kNaN, 0, 0, 0), allOff(9e-13, 9e-13, 9e-13, 9e-13);
+  const Vec4 zero, nan(NAN, 0, 0, 0), allOff(9e-13, 9e-13, 9e-13, 9e-13);
   EXPECT_TRUE(near(after(zero, &Vec4::normalize), {1, 0, 0, 0})) << "Vec4() has w 0";
   // allOff is 1.8e-12 away, though each component is within 1e-12.
   EXPECT_TRUE(zero == Vec4(9e-13, 0, 0, 0) && !(zero == allOff) && zero != allOff && nan != nan && !(nan == nan));
