@@ -31,6 +31,16 @@ protected:
     return traffic;
   }
   int nextCall(const char* name) const { return calls.count(name) + 1; }
+  // The integer a scoper's failure throws, or 0.
+  template <typename Make>
+  static int thrownBy(Make make) {
+    try {
+      make();
+    } catch (int value) {
+      return value;
+    }
+    return 0;
+  }
 
   CallRecorder calls;
   EffectHost host{NoEffect, &calls};
@@ -48,12 +58,11 @@ TEST_F(SuiteAccess, ScopersReleaseWhatTheyAcquiredUnderTheSameNameAndVersion) {
     SuiteScoper<int> memory(in->pica_basicP, "AEGP Memory Suite", 1);
   }
   calls.failCall("AcquireSuite", nextCall("AcquireSuite") + 1, kSPSuiteNotFoundError);
-  EXPECT_THROW(
-      {
-        SuiteScoper<PF_ANSICallbacksSuite1> ansi(in, kPFANSISuite, kPFANSISuiteVersion1);
-        SuiteScoper<PF_HandleSuite1> handles(in, kPFHandleSuite, kPFHandleSuiteVersion1);
-      },
-      int);
+  EXPECT_EQ(thrownBy([&] {
+              SuiteScoper<PF_ANSICallbacksSuite1> ansi(in, kPFANSISuite, kPFANSISuiteVersion1);
+              SuiteScoper<PF_HandleSuite1> handles(in, kPFHandleSuite, kPFHandleSuiteVersion1);
+            }),
+            13);
   EXPECT_EQ(suiteTraffic(), (Names{"Acquire PF Handle Suite 2", "Acquire AEGP Memory Suite 1",
                                    "Release AEGP Memory Suite 1", "Release PF Handle Suite 2",
                                    "Acquire PF ANSI Suite 1", "Acquire PF Handle Suite 2", "Release PF ANSI Suite 1"}));
@@ -79,24 +88,13 @@ TEST_F(SuiteAccess, FailureThrowsThirteenAndReportsOnlyWithOutData) {
                  (c.message ? c.message : "none"));
     *out = PF_OutData{};
     std::strcpy(out->return_msg, "untouched");
-    int thrown = 0;
-    try {
-      SuiteScoper<int> missing(in, "No Such Suite", 1, c.withOutData ? out : nullptr, c.message);
-    } catch (int value) {
-      thrown = value;
-    }
-    EXPECT_EQ(thrown, 13);
+    EXPECT_EQ(thrownBy([&] { SuiteScoper<int>(in, "No Such Suite", 1, c.withOutData ? out : nullptr, c.message); }),
+              13);
     EXPECT_STREQ(out->return_msg, c.expectedText);
     EXPECT_EQ(out->out_flags, c.withOutData ? PF_OutFlag_DISPLAY_ERROR_MESSAGE : 0);
     EXPECT_EQ(calls.count("ReleaseSuite"), 0) << "a scoper that never acquired released";
   }
-  int thrown = 0;
-  try {
-    SuiteScoper<int> missing(in->pica_basicP, "No Such Suite", 1);
-  } catch (int value) {
-    thrown = value;
-  }
-  EXPECT_EQ(thrown, 13);
+  EXPECT_EQ(thrownBy([&] { SuiteScoper<int>(in->pica_basicP, "No Such Suite", 1); }), 13);
 }
 
 // The table decides, not the host's code: a success code without a table is a failure (516, reported with the
