@@ -16,16 +16,12 @@ std::set<std::string> definedDynamicSymbols(const std::string& file) {
   const std::string command = "nm -D --defined-only '" + file + "'";
   std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
   std::set<std::string> names;
-  if (!pipe) {
-    return names;
-  }
+  if (!pipe) return names;
   char line[4096];
   while (std::fgets(line, sizeof line, pipe.get()) != nullptr) {
     std::istringstream fields(line);
     std::string address, type, name;
-    if (fields >> address >> type >> name && kLinkerNames.count(name) == 0) {
-      names.insert(name);
-    }
+    if (fields >> address >> type >> name && kLinkerNames.count(name) == 0) names.insert(name);
   }
   return names;
 }

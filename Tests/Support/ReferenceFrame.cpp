@@ -41,9 +41,7 @@ FrameDeviation ReferenceFrame::compare(const std::uint8_t* argb, std::size_t row
         const int got = row[x * 4 + c];
         const int outside = std::max({0, mLow[at] - got, got - mHigh[at]});
         sum += outside;
-        if (outside > 0) {
-          ++deviation.channelsOutside;
-        }
+        if (outside > 0) ++deviation.channelsOutside;
         if (outside > deviation.maximum) {
           deviation.maximum = outside;
           deviation.x = x;

@@ -38,9 +38,7 @@ ReferenceRender::Colour screen(const ReferenceRender::Colour& c) {
 
 // Storage in an 8-bit normalised render buffer: clamped, rounded to the nearest level. -1 for NaN.
 int store8(double v) {
-  if (std::isnan(v)) {
-    return -1;
-  }
+  if (std::isnan(v)) return -1;
   return static_cast<int>(std::floor(std::min(1.0, std::max(0.0, v)) * 255.0 + 0.5));
 }
 
@@ -77,9 +75,7 @@ ReferenceRender::Texture ReferenceRender::upload(const std::uint8_t* argb, int w
     const std::uint8_t* row = argb + static_cast<std::size_t>(y) * rowbytes;
     for (int x = 0; x < width; ++x) {
       Slots& texel = texture.texels[static_cast<std::size_t>(y) * width + x];
-      for (int c = 0; c < 4; ++c) {
-        texel[c] = row[x * 4 + c] / 255.0;
-      }
+      for (int c = 0; c < 4; ++c) texel[c] = row[x * 4 + c] / 255.0;
     }
   }
   return texture;
@@ -87,9 +83,7 @@ ReferenceRender::Texture ReferenceRender::upload(const std::uint8_t* argb, int w
 
 ReferenceRender::Slots ReferenceRender::blur(const Texture& texture, int x, int y) const {
   const Slots centre = texture.at(x, y);
-  if (mHalfWidth < 0) {
-    return centre;
-  }
+  if (mHalfWidth < 0) return centre;
   // Alpha, red and green are filtered together: a tap's weight falls with its distance in those three and in
   // space. Blue is not part of the filter and keeps the centre's value.
   double sum[3] = {0.0, 0.0, 0.0};
@@ -98,24 +92,18 @@ ReferenceRender::Slots ReferenceRender::blur(const Texture& texture, int x, int 
     for (int j = -mHalfWidth; j <= mHalfWidth; ++j) {
       const Slots& tap = texture.at(x + i, y + j);
       double squared = 0.0;
-      for (int c = 0; c < 3; ++c) {
-        squared += (tap[c] - centre[c]) * (tap[c] - centre[c]);
-      }
+      for (int c = 0; c < 3; ++c) squared += (tap[c] - centre[c]) * (tap[c] - centre[c]);
       const double rangeWeight = gaussian(squared, kRangeSigma) / gaussian(0.0, kRangeSigma);
       const double weight = rangeWeight * mSpatialWeights[std::abs(i)] * mSpatialWeights[std::abs(j)];
       weights += weight;
-      for (int c = 0; c < 3; ++c) {
-        sum[c] += weight * tap[c];
-      }
+      for (int c = 0; c < 3; ++c) sum[c] += weight * tap[c];
     }
   }
   return {sum[0] / weights, sum[1] / weights, sum[2] / weights, centre[3]};
 }
 
 ReferenceRender::Colour ReferenceRender::adjustColour(Colour colour) const {
-  if (mWhitening != 0.0f) {
-    colour = clamp01(mix(colour, screen(colour), mWhitening * luma(colour)));
-  }
+  if (mWhitening != 0.0f) colour = clamp01(mix(colour, screen(colour), mWhitening * luma(colour)));
   if (mRedden != 0.0f) {
     const Colour redColour = mix(colour, screen(colour), 0.2 * mRedden);
     const double grey = luma(redColour);
@@ -171,9 +159,7 @@ void ReferenceRender::storeAndReturn(const std::vector<Slots>& candidates, std::
             const int out = storedAlpha == 0 ? 0 : unpremultiply(stored, storedAlpha, dq);
             lo[c + 1] = std::min(lo[c + 1], out);
             hi[c + 1] = std::max(hi[c + 1], out);
-            if (nominal && dq == 0.0) {
-              expected[c + 1] = static_cast<std::uint8_t>(out);
-            }
+            if (nominal && dq == 0.0) expected[c + 1] = static_cast<std::uint8_t>(out);
           }
         }
       }
@@ -183,9 +169,7 @@ void ReferenceRender::storeAndReturn(const std::vector<Slots>& candidates, std::
       }
       lo[0] = std::min(lo[0], storedAlpha);
       hi[0] = std::max(hi[0], storedAlpha);
-      if (k == 0 && da == 0.0) {
-        expected[0] = static_cast<std::uint8_t>(storedAlpha);
-      }
+      if (k == 0 && da == 0.0) expected[0] = static_cast<std::uint8_t>(storedAlpha);
     }
   }
   for (int c = 0; c < 4; ++c) {

@@ -35,9 +35,7 @@ TEST(SkinTest, DecisionIsDistanceBelowRangeWithTheEdgeEitherWay) {
       {255, 0, 128, 26.0, SkinDecision::NotBlurred, "hue 0.916 wraps round to 0.267 away"},
       {255, 0, 128, 27.0, SkinDecision::Blurred, "and is inside a band of 0.27"},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(SkinTest::decide(c.red, c.green, c.blue, c.range), c.expected) << c.why;
-  }
+  for (const Case& c : cases) EXPECT_EQ(SkinTest::decide(c.red, c.green, c.blue, c.range), c.expected) << c.why;
 }
 
 TEST(ReferenceRender, StorageBetweenPassesIsEightBitPremultipliedAndReadAtRowbytes) {

@@ -116,9 +116,8 @@ TEST_F(SuiteAccess, FreeFunctionsJudgeByTheTableAndReportTo516) {
   EXPECT_EQ(AcquireSuite(in, out, "Gone", 4, "Own words", &table), 516);
   EXPECT_STREQ(out->return_msg, "Own words");
   Names formatted;
-  for (const CallRecorder::Call& call : calls.calls()) {
+  for (const CallRecorder::Call& call : calls.calls())
     if (call.name == "ansi.sprintf") formatted.push_back(call.text);
-  }
   // The default text is formatted, then reported as it stands; the caller's own replaces it in the report only.
   EXPECT_EQ(formatted,
             (Names{"Not able to acquire AEFX Suite-Empty Suite-1", "Not able to acquire AEFX Suite-Empty Suite-1",
