@@ -5,33 +5,19 @@
 #include <fmt/format.h>
 
 #include "Core/HostError.h"
+#include "EglDisplay.h"
 
 namespace Quillmere::Velmira {
-
-namespace {
-
-EGLDisplay surfacelessDisplay() {
-  auto getPlatformDisplay =
-      reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(eglGetProcAddress("eglGetPlatformDisplayEXT"));
-  if (getPlatformDisplay) {
-    EGLDisplay display = getPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
-    if (display != EGL_NO_DISPLAY) return display;
-  }
-  return eglGetDisplay(EGL_DEFAULT_DISPLAY);
-}
-
-}  // namespace
 
 EglProbeContext::EglProbeContext()
     : mPreviousDisplay(eglGetCurrentDisplay()),
       mPreviousContext(eglGetCurrentContext()),
       mPreviousDraw(eglGetCurrentSurface(EGL_DRAW)),
       mPreviousRead(eglGetCurrentSurface(EGL_READ)) {
-  mDisplay = surfacelessDisplay();
-  // The display is shared with every other user of EGL in the process (the plug-in's
-  // contexts among them), and eglTerminate would end it for all of them, so it is
-  // initialised here and never terminated.
-  if (mDisplay == EGL_NO_DISPLAY || !eglInitialize(mDisplay, nullptr, nullptr)) {
+  // The display the plug-in's contexts live on (a GPU's EGL device where there is one, Mesa's surfaceless platform
+  // otherwise), so that the limits measured are those of the GL that renders. It is the process's, never terminated.
+  mDisplay = EglDisplay::display();
+  if (mDisplay == EGL_NO_DISPLAY) {
     throw HostError::failure(fmt::format("cannot open an EGL display (error {:#x})", eglGetError()));
   }
   if (!eglBindAPI(EGL_OPENGL_API)) {

@@ -4,10 +4,9 @@
 
 namespace Quillmere::Velmira {
 
-// A small OpenGL context of the host's own, current on the calling thread for its scope,
-// made only to ask the GL implementation about its limits. No surface: Mesa's surfaceless
-// platform where it exists, else the default display. The thread's previous context comes
-// back at the end. Throws HostError when EGL gives no context.
+// A small OpenGL context of the host's own, current on the calling thread for its scope, made only to ask the GL
+// implementation the plug-in renders on about its limits: on the same EGL display as the plug-in's contexts, with no
+// surface. The thread's previous context comes back at the end. Throws HostError when EGL gives no context.
 class EglProbeContext {
 public:
   EglProbeContext();
