@@ -17,12 +17,11 @@ namespace Quillmere::Velmira {
 inline MediaFixtures& sharedMedia() {
   static MediaFixtures* media = [] {
     static MediaFixtures made;
-    // Name, size, frame rate, frames, audio, colour, YUV matrix, full range, rotation.
-    const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
-    made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, colour, 1, false, 90.0});
-    made.makeVideo({"clip.mov", 64, 48, 25, 1, 10, true, colour, 6, true, 90.0});
-    made.makeVideo({"clip.mkv", 64, 48, 25, 1, 10, true, colour, 6, false, 90.0});
-    made.makeVideo({"ntsc.mov", 64, 48, 30000, 1001, 10, true, colour, 1, true, 90.0});
+    // Name, size, frame rate, frames, audio, YUV matrix, full range, rotation.
+    made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, 1, false, 90.0});
+    made.makeVideo({"clip.mov", 64, 48, 25, 1, 10, true, 6, true, 90.0});
+    made.makeVideo({"clip.mkv", 64, 48, 25, 1, 10, true, 6, false, 90.0});
+    made.makeVideo({"ntsc.mov", 64, 48, 30000, 1001, 10, true, 1, true, 90.0});
     std::filesystem::copy_file(made.path("clip.mp4"), made.path("misnamed.png"));
     return &made;
   }();
