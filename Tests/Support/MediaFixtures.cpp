@@ -221,4 +221,21 @@ std::string MediaFixtures::makeCorrupt(const std::string& source, const std::str
   return path(name);
 }
 
+std::tuple<int, double, double> MediaFixtures::audioOf(const std::string& file) {
+  int packets = 0;
+  double start = 1e9, end = -1e9;
+  AVFormatContext* format = nullptr;
+  check(avformat_open_input(&format, file.c_str(), nullptr, nullptr), "open " + file);
+  Owned<AVPacket> packet(av_packet_alloc());
+  for (; av_read_frame(format, packet.get()) >= 0; av_packet_unref(packet.get())) {
+    const AVStream* stream = format->streams[packet->stream_index];
+    if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
+    ++packets;
+    start = std::min(start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
+    end = std::max(end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
+  }
+  avformat_close_input(&format);
+  return {packets, start, end};
+}
+
 }  // namespace Quillmere::Velmira

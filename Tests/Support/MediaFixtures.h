@@ -1,10 +1,12 @@
 // Test media made in a private temporary folder with FFmpeg's libraries alone, so that what the media layer
-// reads was not written by the media layer. The folder goes with the object.
+// reads was not written by the media layer, and what it wrote read back the same way. The folder goes with the
+// object.
 #pragma once
 
 #include <array>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "Core/ArgbFrame.h"
 
@@ -55,6 +57,8 @@ public:
   static ArgbFrame pattern(int width, int height, int index, bool alpha);
   // The grey level of a video frame's marker block.
   static int frameMarker(int index) { return 16 + (index * 24) % 224; }
+  // How many audio packets `file` holds, and the seconds from the first one's start to the last one's end.
+  static std::tuple<int, double, double> audioOf(const std::string& file);
 
 private:
   std::string mFolder;

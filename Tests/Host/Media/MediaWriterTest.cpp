@@ -4,10 +4,6 @@
 #include <filesystem>
 #include <tuple>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
 #include "Media/MediaError.h"
 #include "MediaTestSupport.h"
 
@@ -22,26 +18,6 @@ std::vector<std::string> filesIn(const std::string& folder) {
   for (const fs::directory_entry& e : fs::directory_iterator(folder)) names.push_back(e.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
-}
-
-// How many audio packets a file holds, read with libavformat alone, and the seconds from the first one's start to
-// the last one's end.
-std::tuple<int, double, double> audioOf(const std::string& path) {
-  int packets = 0;
-  double start = 1e9, end = -1e9;
-  AVFormatContext* format = nullptr;
-  if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) return {packets, start, end};
-  AVPacket* packet = av_packet_alloc();
-  for (; av_read_frame(format, packet) >= 0; av_packet_unref(packet)) {
-    const AVStream* stream = format->streams[packet->stream_index];
-    if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-    ++packets;
-    start = std::min(start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
-    end = std::max(end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
-  }
-  av_packet_free(&packet);
-  avformat_close_input(&format);
-  return {packets, start, end};
 }
 
 // Read, then written again as the host does: every frame in order at its time, and the output keeps rate, time
@@ -95,8 +71,8 @@ TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationColoursAndAudio)
       EXPECT_EQ(written[i].pts - written[0].pts, read[first + i].pts - read[first].pts);
       EXPECT_NEAR(channel(written[i], 4, 4, 1), MediaFixtures::frameMarker(first + i), kLossyMarkerTolerance);
     }
-    const auto [packets, start, end] = audioOf(output);
-    EXPECT_GE(packets, frames == 10 ? std::get<0>(audioOf(input)) : 6) << "audio packets dropped";
+    const auto [packets, start, end] = MediaFixtures::audioOf(output);
+    EXPECT_GE(packets, frames == 10 ? std::get<0>(MediaFixtures::audioOf(input)) : 6) << "audio packets dropped";
     EXPECT_GT(start, -0.03);
     EXPECT_LT(end, frames / c.rate.value() + 0.03);
   }
