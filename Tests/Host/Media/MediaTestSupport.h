@@ -29,7 +29,6 @@ inline MediaFixtures& sharedMedia() {
 
 // A clip's marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes,
 // and encoding again with H.264 at the writer's quality two more (a frame out of place is off by 24).
-constexpr int kMarkerTolerance = 2;
 constexpr int kLossyMarkerTolerance = 4;
 
 // Reads `input` (within `range`) and writes every frame to `output`, as the host does.
