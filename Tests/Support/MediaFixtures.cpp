@@ -12,6 +12,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/display.h>
+#include <libavutil/opt.h>
 }
 
 #include "Support/MediaFiles.h"
@@ -22,27 +23,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
-template <auto release>
 struct Release {
-  template <typename T>
-  void operator()(T* p) const {
-    release(&p);
+  void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
+  void operator()(AVFrame* p) const { av_frame_free(&p); }
+  void operator()(AVPacket* p) const { av_packet_free(&p); }
+  void operator()(AVFormatContext* p) const {
+    avio_closep(&p->pb);
+    avformat_free_context(p);
   }
 };
-using Codec = std::unique_ptr<AVCodecContext, Release<avcodec_free_context>>;
-using Frame = std::unique_ptr<AVFrame, Release<av_frame_free>>;
-using Packet = std::unique_ptr<AVPacket, Release<av_packet_free>>;
+template <typename T>
+using Owned = std::unique_ptr<T, Release>;
 
 void check(int err, const std::string& what) {
   if (err < 0) throw std::runtime_error("fixture: " + what + " failed with FFmpeg error " + std::to_string(err));
 }
 
 // Opens `codec` and gives it a stream of `out` in its own time base.
-AVStream* addStream(AVFormatContext* out, AVCodecContext* codec, AVDictionary* options) {
+AVStream* addStream(AVFormatContext* out, AVCodecContext* codec) {
   if (out->oformat->flags & AVFMT_GLOBALHEADER) codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  const int err = avcodec_open2(codec, codec->codec, &options);
-  av_dict_free(&options);
-  check(err, "open an encoder");
+  check(avcodec_open2(codec, codec->codec, nullptr), "open an encoder");
   AVStream* stream = avformat_new_stream(out, nullptr);
   check(avcodec_parameters_from_context(stream->codecpar, codec), "stream");
   stream->time_base = codec->time_base;
@@ -52,7 +52,7 @@ AVStream* addStream(AVFormatContext* out, AVCodecContext* codec, AVDictionary* o
 // Sends `frame` (nullptr to flush) and muxes what comes out.
 void encode(AVFormatContext* out, AVCodecContext* codec, AVStream* stream, const AVFrame* frame) {
   check(avcodec_send_frame(codec, frame), "encode");
-  Packet packet(av_packet_alloc());
+  Owned<AVPacket> packet(av_packet_alloc());
   while (avcodec_receive_packet(codec, packet.get()) == 0) {
     // x264 leaves durations open; without them the last frame would have none and the clip end early.
     if (packet->duration == 0) packet->duration = 1;
@@ -62,33 +62,27 @@ void encode(AVFormatContext* out, AVCodecContext* codec, AVStream* stream, const
   }
 }
 
-// Writes `frames` pictures, each filled by `fill`, with `codec` into `file` (a video, or one picture through the
-// image muxer), beside a silent stereo AAC track as long as the pictures when `audio`.
-void mux(const std::string& file, AVCodecContext* codec, AVDictionary* options, int frames, bool audio,
-         const std::optional<double>& rotation, const std::function<void(AVFrame&, int)>& fill) {
+// Writes `frames` pictures, each filled by `fill`, with `codec` into `file`, beside a silent stereo AAC track as long
+// as the pictures when `audio`. A still goes through the pipe muxer, which writes the encoder's bytes as they are.
+void mux(const std::string& file, AVCodecContext* codec, int frames, bool audio, const std::optional<double>& rotation,
+         const std::function<void(AVFrame&, int)>& fill) {
   AVFormatContext* raw = nullptr;
-  check(avformat_alloc_output_context2(&raw, nullptr, nullptr, file.c_str()), "output " + file);
-  std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> out(raw, [](AVFormatContext* c) {
-    avio_closep(&c->pb);
-    avformat_free_context(c);
-  });
-  AVStream* stream = addStream(out.get(), codec, options);
+  const char* format = codec->codec_id == AV_CODEC_ID_H264 ? nullptr : "image2pipe";
+  check(avformat_alloc_output_context2(&raw, nullptr, format, file.c_str()), "output " + file);
+  Owned<AVFormatContext> out(raw);
+  AVStream* stream = addStream(out.get(), codec);
   if (rotation)
     av_display_rotation_set(reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36)),
                             *rotation);
-  Codec sound(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_AAC)));
+  Owned<AVCodecContext> sound(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_AAC)));
   sound->sample_fmt = AV_SAMPLE_FMT_FLTP;
   sound->sample_rate = 48000;
   av_channel_layout_default(&sound->ch_layout, 2);
   sound->time_base = AVRational{1, 48000};
-  AVStream* soundStream = audio ? addStream(out.get(), sound.get(), nullptr) : nullptr;
-  if (!(out->oformat->flags & AVFMT_NOFILE)) check(avio_open(&out->pb, file.c_str(), AVIO_FLAG_WRITE), "open " + file);
-  AVDictionary* muxing = nullptr;
-  av_dict_set(&muxing, "update", "1", 0);  // the image muxer writes one picture under the name as it is
-  const int err = avformat_write_header(out.get(), &muxing);
-  av_dict_free(&muxing);
-  check(err, "header");
-  Frame picture(av_frame_alloc()), samples(av_frame_alloc());
+  AVStream* soundStream = audio ? addStream(out.get(), sound.get()) : nullptr;
+  check(avio_open(&out->pb, file.c_str(), AVIO_FLAG_WRITE), "open " + file);
+  check(avformat_write_header(out.get(), nullptr), "header");
+  Owned<AVFrame> picture(av_frame_alloc()), samples(av_frame_alloc());
   picture->format = codec->pix_fmt;
   picture->width = codec->width;
   picture->height = codec->height;
@@ -141,7 +135,7 @@ MediaFixtures::~MediaFixtures() {
 std::string MediaFixtures::path(const std::string& name) const { return (fs::path(mFolder) / name).string(); }
 
 std::string MediaFixtures::makeVideo(const Video& video) {
-  Codec codec(avcodec_alloc_context3(avcodec_find_encoder_by_name("libx264")));
+  Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder_by_name("libx264")));
   codec->width = video.width;
   codec->height = video.height;
   codec->pix_fmt = AV_PIX_FMT_YUV420P;
@@ -150,20 +144,17 @@ std::string MediaFixtures::makeVideo(const Video& video) {
   codec->colorspace = static_cast<AVColorSpace>(video.matrix);
   codec->color_range = video.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
   codec->thread_count = 1;
-  AVDictionary* options = nullptr;
   // Lossless, so that a decoded colour differs from the one asked for only by the YUV conversion.
-  av_dict_set(&options, "qp", "0", 0);
-  av_dict_set(&options, "preset", "ultrafast", 0);
+  av_opt_set(codec->priv_data, "qp", "0", 0);
+  av_opt_set(codec->priv_data, "preset", "ultrafast", 0);
   const std::array<int, 3> flat = toYuv(video.colour, video);
-  mux(path(video.name), codec.get(), options, video.frames, video.audio, video.rotation, [&](AVFrame& frame, int i) {
+  mux(path(video.name), codec.get(), video.frames, video.audio, video.rotation, [&](AVFrame& frame, int i) {
     const std::array<int, 3> marker = toYuv({frameMarker(i), frameMarker(i), frameMarker(i)}, video);
-    for (int plane = 0; plane < 3; ++plane) {
-      const int shift = plane == 0 ? 0 : 1;  // 4:2:0 chroma is half the size both ways
+    for (int plane = 0, shift = 0; plane < 3; ++plane, shift = 1)  // 4:2:0 chroma is half the size both ways
       for (int y = 0; y < video.height >> shift; ++y)
         for (int x = 0; x < video.width >> shift; ++x)
           frame.data[plane][y * frame.linesize[plane] + x] =
               static_cast<uint8_t>((x << shift) < 16 && (y << shift) < 16 ? marker[plane] : flat[plane]);
-    }
   });
   return path(video.name);
 }
@@ -183,7 +174,7 @@ ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
 std::string MediaFixtures::makePicture(const Picture& picture) {
   const bool tiff = fs::path(picture.name).extension() == ".tif";  // else PNG
   const int channels = picture.alpha ? 4 : 3, bytes = picture.sixteenBit ? 2 : 1;
-  Codec codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
+  Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
   codec->width = picture.width;
   codec->height = picture.height;
   codec->pix_fmt = bytes == 1 ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
@@ -192,7 +183,7 @@ std::string MediaFixtures::makePicture(const Picture& picture) {
   codec->time_base = AVRational{1, 25};
   const ArgbFrame argb = pattern(picture.width, picture.height, picture.index, picture.alpha);
   fs::create_directories(fs::path(path(picture.name)).parent_path());
-  mux(path(picture.name), codec.get(), nullptr, 1, false, {}, [&](AVFrame& frame, int) {
+  mux(path(picture.name), codec.get(), 1, false, {}, [&](AVFrame& frame, int) {
     for (int y = 0; y < picture.height; ++y)
       for (int x = 0; x < picture.width; ++x)
         for (int ch = 0; ch < channels; ++ch) {
@@ -228,6 +219,23 @@ std::string MediaFixtures::makeCorrupt(const std::string& source, const std::str
   for (std::size_t i = 16; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 2654435761u >> 24);
   writeFile(path(name), bytes);
   return path(name);
+}
+
+std::tuple<int, double, double> MediaFixtures::audioOf(const std::string& file) {
+  int packets = 0;
+  double start = 1e9, end = -1e9;
+  AVFormatContext* format = nullptr;
+  check(avformat_open_input(&format, file.c_str(), nullptr, nullptr), "open " + file);
+  Owned<AVPacket> packet(av_packet_alloc());
+  for (; av_read_frame(format, packet.get()) >= 0; av_packet_unref(packet.get())) {
+    const AVStream* stream = format->streams[packet->stream_index];
+    if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
+    ++packets;
+    start = std::min(start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
+    end = std::max(end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
+  }
+  avformat_close_input(&format);
+  return {packets, start, end};
 }
 
 }  // namespace Quillmere::Velmira

@@ -1,10 +1,12 @@
 // Test media made in a private temporary folder with FFmpeg's libraries alone, so that what the media layer
-// reads was not written by the media layer. The folder goes with the object.
+// reads was not written by the media layer, and what it wrote read back the same way. The folder goes with the
+// object.
 #pragma once
 
 #include <array>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "Core/ArgbFrame.h"
 
@@ -14,24 +16,23 @@ class MediaFixtures {
 public:
   struct Video {
     std::string name = "clip.mp4";  // .mp4, .mov or .mkv
-    int width = 64, height = 48;
-    int rateNum = 25, rateDen = 1;  // frames per second
-    int frames = 10;
+    // Size, frames per second (rateNum / rateDen) and length.
+    int width = 64, height = 48, rateNum = 25, rateDen = 1, frames = 10;
     bool audio = true;  // a stereo AAC track as long as the video
-    // Every pixel is this colour (r, g, b), made YUV with `matrix` (AVColorSpace: 1 BT.709, 6 BT.601) and
+    // Every pixel is `colour` (r, g, b), made YUV with `matrix` (AVColorSpace: 1 BT.709, 6 BT.601) and
     // `fullRange` and stored losslessly, except a 16x16 block at the top left whose grey is frameMarker(index).
-    std::array<int, 3> colour{200, 120, 80};
     int matrix = 1;
     bool fullRange = false;
     std::optional<double> rotation;  // degrees clockwise, as av_display_rotation_set takes them
+    std::array<int, 3> colour{200, 120, 80};
   };
 
   struct Picture {
     std::string name = "picture.png";  // .png or .tif
     int width = 24, height = 16;
-    bool alpha = false;
-    bool sixteenBit = false;  // each value v stored as v * 257 give or take 127, which still rounds to v
-    int index = 0;            // varies the pattern, so the frames of a sequence differ
+    // With sixteenBit each value v is stored as v * 257 give or take 127, which still rounds to v.
+    bool alpha = false, sixteenBit = false;
+    int index = 0;  // varies the pattern, so the frames of a sequence differ
   };
 
   MediaFixtures();
@@ -56,6 +57,8 @@ public:
   static ArgbFrame pattern(int width, int height, int index, bool alpha);
   // The grey level of a video frame's marker block.
   static int frameMarker(int index) { return 16 + (index * 24) % 224; }
+  // How many audio packets `file` holds, and the seconds from the first one's start to the last one's end.
+  static std::tuple<int, double, double> audioOf(const std::string& file);
 
 private:
   std::string mFolder;

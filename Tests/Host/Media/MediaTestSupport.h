@@ -13,16 +13,14 @@ namespace Quillmere::Velmira {
 
 // Made at first use and kept for the whole program: making H.264 with audio is the slow part. Each clip has ten
 // frames of one flat colour, a stereo AAC track and a display matrix turning it 90 degrees clockwise; between them
-// they hold both YUV matrices in both ranges. misnamed.png is clip.mp4.
+// they hold both YUV matrices and both ranges. misnamed.png is clip.mp4.
 inline MediaFixtures& sharedMedia() {
   static MediaFixtures* media = [] {
     static MediaFixtures made;
-    // Name, size, frame rate, frames, audio, colour, YUV matrix, full range, rotation.
-    const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
-    made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, colour, 1, false, 90.0});
-    made.makeVideo({"clip.mov", 64, 48, 25, 1, 10, true, colour, 6, true, 90.0});
-    made.makeVideo({"clip.mkv", 64, 48, 25, 1, 10, true, colour, 6, false, 90.0});
-    made.makeVideo({"ntsc.mov", 64, 48, 30000, 1001, 10, true, colour, 1, true, 90.0});
+    // Name, size, frame rate, frames, audio, YUV matrix, full range, rotation.
+    made.makeVideo({"clip.mp4", 64, 48, 25, 1, 10, true, 1, false, 90.0});
+    made.makeVideo({"clip.mkv", 64, 48, 25, 1, 10, true, 6, false, 90.0});
+    made.makeVideo({"ntsc.mov", 64, 48, 30000, 1001, 10, true, 6, true, 90.0});
     std::filesystem::copy_file(made.path("clip.mp4"), made.path("misnamed.png"));
     return &made;
   }();
@@ -31,7 +29,6 @@ inline MediaFixtures& sharedMedia() {
 
 // A clip's marker block is stored losslessly as a grey; decoding adds at most the YUV rounding of one or two codes,
 // and encoding again with H.264 at the writer's quality two more (a frame out of place is off by 24).
-constexpr int kMarkerTolerance = 2;
 constexpr int kLossyMarkerTolerance = 4;
 
 // Reads `input` (within `range`) and writes every frame to `output`, as the host does.

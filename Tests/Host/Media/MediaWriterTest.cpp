@@ -4,10 +4,6 @@
 #include <filesystem>
 #include <tuple>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
 #include "Media/MediaError.h"
 #include "MediaTestSupport.h"
 
@@ -24,26 +20,6 @@ std::vector<std::string> filesIn(const std::string& folder) {
   return names;
 }
 
-// How many audio packets a file holds, read with libavformat alone, and the seconds from the first one's start to
-// the last one's end.
-std::tuple<int, double, double> audioOf(const std::string& path) {
-  int packets = 0;
-  double start = 1e9, end = -1e9;
-  AVFormatContext* format = nullptr;
-  if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) return {packets, start, end};
-  AVPacket* packet = av_packet_alloc();
-  for (; av_read_frame(format, packet) >= 0; av_packet_unref(packet)) {
-    const AVStream* stream = format->streams[packet->stream_index];
-    if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-    ++packets;
-    start = std::min(start, static_cast<double>(packet->pts) * av_q2d(stream->time_base));
-    end = std::max(end, static_cast<double>(packet->pts + packet->duration) * av_q2d(stream->time_base));
-  }
-  av_packet_free(&packet);
-  avformat_close_input(&format);
-  return {packets, start, end};
-}
-
 // Read, then written again as the host does: every frame in order at its time, and the output keeps rate, time
 // base, timestamps, rotation, YUV matrix and range, and every audio packet; a range starts at zero with only the audio
 // of its time span (AAC packets of 21.3 ms overlap its ends by at most one). Matroska has no place for a display
@@ -53,36 +29,29 @@ std::tuple<int, double, double> audioOf(const std::string& path) {
 // matrix, then the result rounded), and within 4 once written again through H.264; the wrong matrix moves it by 8
 // or more, the wrong range by 12.
 TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationColoursAndAudio) {
-  struct Clip {
-    const char* input;
-    const char* output;
-    Rational rate;
-    double rotation;  // counter-clockwise: the fixtures turn them 90 degrees clockwise
-    int matrix;
-    bool fullRange;
-    FrameRange range;
-  };
-  const Clip clips[] = {{"clip.mp4", "out.mp4", {25, 1}, -90.0, 1, false, {}},
-                        {"clip.mov", "out.mov", {25, 1}, -90.0, 6, true, {}},
-                        {"clip.mkv", "out.mkv", {25, 1}, 0.0, 6, false, {}},
-                        {"ntsc.mov", "ntsc-out.mov", {30000, 1001}, -90.0, 1, true, {}},
-                        {"misnamed.png", "misnamed-out.mov", {25, 1}, -90.0, 1, false, {}},
-                        {"clip.mp4", "range.mp4", {25, 1}, -90.0, 1, false, {3, 6}},
-                        {"clip.mkv", "range.mkv", {25, 1}, 0.0, 6, false, {3, 6}}};
+  // Input, output, frame rate, rotation (counter-clockwise: the fixtures turn them 90 degrees clockwise), YUV matrix,
+  // full range, range.
+  const std::tuple<const char*, const char*, Rational, double, int, bool, FrameRange> clips[] = {
+      {"clip.mp4", "out.mp4", {25, 1}, -90.0, 1, false, {}},
+      {"clip.mkv", "out.mkv", {25, 1}, 0.0, 6, false, {}},
+      {"ntsc.mov", "ntsc-out.mov", {30000, 1001}, -90.0, 6, true, {}},
+      {"misnamed.png", "misnamed-out.mov", {25, 1}, -90.0, 1, false, {}},
+      {"clip.mp4", "range.mp4", {25, 1}, -90.0, 1, false, {3, 6}},
+      {"clip.mkv", "range.mkv", {25, 1}, 0.0, 6, false, {3, 6}}};
   const std::array<int, 3> colour = MediaFixtures::Video{}.colour;
-  for (const Clip& c : clips) {
-    SCOPED_TRACE(c.output);
-    const std::string input = sharedMedia().path(c.input), output = sharedMedia().path(c.output);
-    copy(input, output, c.range);
+  for (const auto& [inputName, outputName, rate, rotation, matrix, fullRange, range] : clips) {
+    SCOPED_TRACE(outputName);
+    const std::string input = sharedMedia().path(inputName), output = sharedMedia().path(outputName);
+    copy(input, output, range);
     MediaInfo in, out;
     const std::vector<ArgbFrame> read = readFrames(input, &in), written = readFrames(output, &out);
-    const int first = static_cast<int>(c.range.first), frames = c.range.last < 0 ? 10 : 4;
-    EXPECT_TRUE(out.frameRate == c.rate) << out.frameRate.num << "/" << out.frameRate.den;
+    const int first = static_cast<int>(range.first), frames = range.last < 0 ? 10 : 4;
+    EXPECT_TRUE(out.frameRate == rate) << out.frameRate.num << "/" << out.frameRate.den;
     EXPECT_TRUE(out.timeBase == in.timeBase) << out.timeBase.num << "/" << out.timeBase.den;
-    EXPECT_NEAR(out.durationSeconds, frames / c.rate.value(), 1e-3);
-    EXPECT_NEAR(out.rotationDegrees, c.rotation, 1e-6);
-    EXPECT_EQ(out.colourMatrix, c.matrix);
-    EXPECT_EQ(out.fullRange, c.fullRange);
+    EXPECT_NEAR(out.durationSeconds, frames / rate.value(), 1e-3);
+    EXPECT_NEAR(out.rotationDegrees, rotation, 1e-6);
+    EXPECT_EQ(out.colourMatrix, matrix);
+    EXPECT_EQ(out.fullRange, fullRange);
     ASSERT_EQ(read.size(), 10u);
     ASSERT_EQ(written.size(), static_cast<std::size_t>(frames));
     for (int ch = 1; ch < 4; ++ch) {  // red, green, blue
@@ -91,14 +60,14 @@ TEST(MediaWriter, VideoKeepsFramesRateTimeBaseTimestampsRotationColoursAndAudio)
     }
     for (int i = 0; i < frames; ++i) {
       SCOPED_TRACE("frame " + std::to_string(i));
-      EXPECT_NEAR(written[i].timeSeconds, i / c.rate.value(), 1e-3);
+      EXPECT_NEAR(written[i].timeSeconds, i / rate.value(), 1e-3);
       EXPECT_EQ(written[i].pts - written[0].pts, read[first + i].pts - read[first].pts);
       EXPECT_NEAR(channel(written[i], 4, 4, 1), MediaFixtures::frameMarker(first + i), kLossyMarkerTolerance);
     }
-    const auto [packets, start, end] = audioOf(output);
-    EXPECT_GE(packets, frames == 10 ? std::get<0>(audioOf(input)) : 6) << "audio packets dropped";
+    const auto [packets, start, end] = MediaFixtures::audioOf(output);
+    EXPECT_GE(packets, frames == 10 ? std::get<0>(MediaFixtures::audioOf(input)) : 6) << "audio packets dropped";
     EXPECT_GT(start, -0.03);
-    EXPECT_LT(end, frames / c.rate.value() + 0.03);
+    EXPECT_LT(end, frames / rate.value() + 0.03);
   }
 }
 
@@ -141,17 +110,14 @@ TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
   const std::vector<ArgbFrame> in = readFrames(pattern);
   ASSERT_EQ(in.size(), 4u);
   for (int i = 0; i < 4; ++i) {
-    SCOPED_TRACE("file " + std::to_string(7 + i));
     EXPECT_EQ(in[i].index, 7 + i);
-    EXPECT_NEAR(in[i].timeSeconds, i / 25.0, 1e-9);
-    EXPECT_EQ(firstDifference(in[i], MediaFixtures::pattern(8, 6, 7 + i, false)), "");
+    EXPECT_NEAR(in[i].timeSeconds, i / 25.0, 1e-9) << "file " << 7 + i;
+    EXPECT_EQ(firstDifference(in[i], MediaFixtures::pattern(8, 6, 7 + i, false)), "") << "file " << 7 + i;
   }
-  for (const char* folder : {"seqout", "chunk"}) fs::create_directories(media.path(folder));
+  fs::create_directories(media.path("seqout"));
   copy(pattern, media.path("seqout/o_%03d.png"), FrameRange{8, 9});
   EXPECT_EQ(filesIn(media.path("seqout")), (std::vector<std::string>{"o_008.png", "o_009.png"}));
   EXPECT_EQ(firstDifference(readFrames(media.path("seqout/o_%03d.png")).at(1), in[2]), "");
-  copy(media.path("clip.mkv"), media.path("chunk/c_%04d.png"), FrameRange{4, 5});
-  EXPECT_EQ(filesIn(media.path("chunk")), (std::vector<std::string>{"c_0004.png", "c_0005.png"}));
 }
 
 // A failed write throws the one error class naming the output, leaves no temporary file behind, and never touches
