@@ -77,14 +77,4 @@ void TestFrames::make(ArgbFrame& frame, Kind kind, int width, int height, std::s
   }
 }
 
-std::string TestFrames::name(Kind kind) {
-  switch (kind) {
-    case Kind::HueSweep: return "HueSweep";
-    case Kind::AlphaRamp: return "AlphaRamp";
-    case Kind::TopBottom: return "TopBottom";
-    case Kind::SkinGrain: return "SkinGrain";
-  }
-  return "?";
-}
-
 }  // namespace Quillmere::Velmira

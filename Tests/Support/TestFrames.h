@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
@@ -19,7 +17,6 @@ public:
   // Sizes the frame (rows padded to `alignment`) and fills it.
   static void make(ArgbFrame& frame, Kind kind, int width, int height,
                    std::size_t alignment = ArgbFrame::kRowAlignment);
-  static std::string name(Kind kind);
 };
 
 }  // namespace Quillmere::Velmira
