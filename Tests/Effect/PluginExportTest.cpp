@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 
 namespace Quillmere::Velmira {
@@ -13,15 +12,11 @@ namespace {
 const std::set<std::string> kLinkerNames = {"_init", "_fini", "_edata", "_end", "__bss_start"};
 
 std::set<std::string> definedDynamicSymbols(const std::string& file) {
-  const std::string command = "nm -D --defined-only '" + file + "'";
+  const std::string command = "nm -D --defined-only --format=just-symbols '" + file + "'";
   std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), &pclose);
   std::set<std::string> names;
-  if (!pipe) return names;
-  char line[4096];
-  while (std::fgets(line, sizeof line, pipe.get()) != nullptr) {
-    std::istringstream fields(line);
-    std::string address, type, name;
-    if (fields >> address >> type >> name && kLinkerNames.count(name) == 0) names.insert(name);
+  for (char name[4096]; pipe && std::fscanf(pipe.get(), "%4095s", name) == 1;) {
+    if (kLinkerNames.count(name) == 0) names.insert(name);
   }
   return names;
 }

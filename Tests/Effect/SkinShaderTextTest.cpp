@@ -4,10 +4,10 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <utility>
 
+#include "Support/MediaFiles.h"
 #include "VelmiraRender.h"
 
 namespace Quillmere::Velmira {
@@ -15,13 +15,6 @@ namespace {
 
 std::string goldenPath(int size) {
   return std::string(VELMIRA_GOLDEN_DIR) + "/skin-blur-" + std::to_string(size) + ".frag";
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
 }
 
 TEST(SkinShaderText, FragmentTextsEqualTheirGoldenFiles) {
