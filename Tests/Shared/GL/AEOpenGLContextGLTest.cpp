@@ -14,41 +14,38 @@ using namespace Quillmere::Velmira;
 
 static std::string glString(GLenum name) { return reinterpret_cast<const char*>(glGetString(name)); }
 
-// The core profile implies 3.2 or above. (The share group goes through the context manager's tests.)
-TEST(AEOpenGLContext, NewContextPrintsItselfIsACoreProfileAndIsCurrent) {
+// The core profile implies 3.2 or above. makeContextCurrent switches before the flush rule, so the rule finds the
+// context current and flushes nothing; makeCurrentFlush away from another context flushes it unless its bound frame
+// buffer is incomplete. (The share group goes through the context manager's tests.)
+TEST(AEOpenGLContext, NewContextPrintsItselfIsACoreProfileAndIsCurrentAndASwitchFlushesTheContextLeft) {
   testing::internal::CaptureStdout();
-  const std::unique_ptr<AEOpenGLContext> context(new AEOpenGLContext(nullptr));
+  const std::unique_ptr<AEOpenGLContext> target(new AEOpenGLContext(nullptr));
   const std::string printed = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(CGLGetCurrentContext(), context->cglContext()) << "the new context";
+  EXPECT_EQ(CGLGetCurrentContext(), target->cglContext()) << "the new context";
   EXPECT_EQ(GLFixture::integer(GL_CONTEXT_PROFILE_MASK), static_cast<int>(GL_CONTEXT_CORE_PROFILE_BIT));
   const std::string version =
       std::to_string(GLFixture::integer(GL_MAJOR_VERSION)) + "." + std::to_string(GLFixture::integer(GL_MINOR_VERSION));
   EXPECT_EQ(printed, "\nOpenGL Version:  " + version + "\nOpenGL Vendor:   " + glString(GL_VENDOR) +
                          "\nOpenGL Renderer: " + glString(GL_RENDERER) +
                          "\nOpenGL Revision: " + std::to_string(glbinding::Meta::glRevision()) + " (gl.xml)\n\n");
-}
 
-// makeContextCurrent switches before the flush rule, so the rule finds the context current and flushes nothing;
-// makeCurrentFlush away from another context flushes it unless its bound frame buffer is incomplete.
-TEST(AEOpenGLContext, SwitchFlushesTheContextLeftUnlessItsFrameBufferIsIncomplete) {
-  const std::unique_ptr<AEOpenGLContext> target = GLFixture::quietContext();
   const std::unique_ptr<AEOpenGLContext> left = GLFixture::quietContext();
-  const struct {
-    bool bound, complete;  // a frame buffer on the context left, with a colour texture or none
-    std::vector<std::string> calls;
-  } cases[] = {{false, false, {"glGetIntegerv", "glFlush"}},
-               {true, true, {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
-               {true, false, {"glGetIntegerv", "glCheckFramebufferStatus"}}};
+  // Whether a frame buffer is bound on the context left, and whether it has a colour texture.
+  // clang-format off
+  const struct { bool bound, complete; std::vector<std::string> calls; } cases[] = {
+      {false, false, {"glGetIntegerv", "glFlush"}},
+      {true, true, {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
+      {true, false, {"glGetIntegerv", "glCheckFramebufferStatus"}}};
+  // clang-format on
   for (const auto& c : cases) {
     GLuint frameBuffer = 0, texture = 0;
-    if (c.bound) {
-      glGenFramebuffers(1, &frameBuffer);
-      glBindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
-      glGenTextures(1, &texture);
-      glBindTexture(GL_TEXTURE_2D, texture);
-      glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-      glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, c.complete ? texture : 0, 0);
-    }
+    glGenFramebuffers(1, &frameBuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, c.complete ? texture : 0, 0);
+    glBindFramebuffer(GL_FRAMEBUFFER, c.bound ? frameBuffer : 0);
     GLCallLog log;
     AEOpenGLContext::makeCurrentFlush(target->cglContext());
     EXPECT_EQ(CGLGetCurrentContext(), target->cglContext());

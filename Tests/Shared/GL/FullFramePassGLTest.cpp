@@ -40,24 +40,20 @@ TEST(FullFramePass, PassesConvertBetweenHostOrderAndPremultipliedRGBA) {
   GLFixture::use();
   ScreenRender screen;
   BackgroundRender background;
-  const struct {
-    bool screen;
-    float multiplier;
-    Pixels in, out;
-  } cases[] = {{true,
-                1,
-                {{200, 100, 50, 255}, {64, 32, 16, 128}, {90, 80, 70, 0}},
+  // clang-format off
+  const struct { bool screen; float multiplier; Pixels in, out; } cases[] = {
+      {true, 1, {{200, 100, 50, 255}, {64, 32, 16, 128}, {90, 80, 70, 0}},
                 {{255, 200, 100, 50}, {128, 127, 64, 32}, {0, 0, 0, 0}}},
-               {true, 2, {{200, 100, 50, 255}}, {{128, 100, 50, 25}}},
-               {false, 1, {{128, 254, 128, 64}, {0, 90, 80, 70}}, {{127, 64, 32, 128}, {0, 0, 0, 0}}},
-               {false, 2, {{100, 50, 40, 20}}, {{78, 63, 31, 200}}}};
+      {true, 2, {{200, 100, 50, 255}}, {{128, 100, 50, 25}}},
+      {false, 1, {{128, 254, 128, 64}, {0, 90, 80, 70}}, {{127, 64, 32, 128}, {0, 0, 0, 0}}},
+      {false, 2, {{100, 50, 40, 20}}, {{78, 63, 31, 200}}}};
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.screen ? "ScreenRender" : "BackgroundRender") + " by " + std::to_string(c.multiplier));
     const Pixels got = c.screen ? drawn(screen, c.in, c.multiplier) : drawn(background, c.in, c.multiplier);
-    for (std::size_t at = 0; at < 4 * got.size(); ++at) {
-      // The shader's quotient is rounded once into 8 bits; one on a .5 edge may go either way.
+    // The shader's quotient is rounded once into 8 bits; one on a .5 edge may go either way.
+    for (std::size_t at = 0; at < 4 * got.size(); ++at)
       EXPECT_NEAR(got[at / 4][at % 4], c.out[at / 4][at % 4], 1) << "pixel " << at / 4 << " channel " << at % 4;
-    }
   }
   GLCallLog log;
   drawn(screen, {{1, 2, 3, 255}}, 1.0f);

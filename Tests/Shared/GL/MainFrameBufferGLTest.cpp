@@ -13,7 +13,6 @@
 using namespace gl;
 using namespace Quillmere::Velmira;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class MainFrameBuffer : public testing::Test {
 protected:
@@ -21,53 +20,40 @@ protected:
   void TearDown() override { buffer->clearStack(); }
 
   // The bound frame buffer's colour attachment: its type and name.
-  static std::pair<GLint, GLint> colour() {
-    std::pair<GLint, GLint> got;
-    for (auto [query, value] : {std::pair{GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE, &got.first},
-                                {GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &got.second}}) {
-      glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, query, value);
-    }
+  static std::vector<GLint> colour() {
+    std::vector<GLint> got;
+    for (GLenum query : {GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME})
+      glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, query, &got.emplace_back(-1));
     return got;
   }
-  static std::pair<GLint, GLint> renderbuffer(uint32_t name) { return {GLint(GL_RENDERBUFFER), GLint(name)}; }
 
   AEOpenglMainFrameBuffer* const buffer = AEOpenglMainFrameBuffer::mainFrameBuffer();
 };
 
-TEST_F(MainFrameBuffer, PrepareKeepsEverythingForTheSizeHeldAndDropsTheLevelsForANewOne) {
-  buffer->prepare(20, 10, true);
-  buffer->beginDrawing();
-  const uint32_t level = buffer->renderBufferStack().at(0);
-  GLCallLog log;
-  buffer->prepare(20, 10, false);
-  EXPECT_THAT(log.names(), IsEmpty()) << "the size held, whatever multisample says";
-  buffer->prepare(21, 10, true);
-  EXPECT_THAT(buffer->renderBufferStack(), IsEmpty());
-  EXPECT_EQ(glIsRenderbuffer(level), GL_FALSE);
-}
-
 // A second beginDrawing adds a level, cleared; a pop takes only that one and attaches the one below again, and the
-// last pass turns blending and multisampling off (beginDrawing turns the second on). With no level left, endDrawing
-// does nothing.
-TEST_F(MainFrameBuffer, DrawingPushesALevelAndItsEndPopsThatOneOnly) {
+// last pass turns blending and multisampling off (beginDrawing turns the second on). A new size drops every level;
+// the size held asks nothing of GL, whatever multisample says, and with no level left endDrawing does nothing.
+TEST_F(MainFrameBuffer, DrawingPushesALevelItsEndPopsThatOneOnlyAndANewSizeDropsThemAll) {
   buffer->prepare(24, 9, true);
   buffer->beginDrawing();
   const uint32_t lower = buffer->renderBufferStack().back();
   GLCallLog log;
   buffer->beginDrawing();
   const GLuint texture = buffer->popRenderContext();
-  EXPECT_EQ(colour(), renderbuffer(lower));
+  EXPECT_THAT(colour(), ElementsAre(GL_RENDERBUFFER, GLint(lower)));
   buffer->drawToMainRenderBuffer(texture, 1.0f);
   EXPECT_THAT(buffer->renderBufferStack(), ElementsAre(lower));
   EXPECT_THAT(log.only({"glDisable", "glEnable", "glClear", "glViewport"}),
               ElementsAre("glDisable(GL_BLEND)", "glEnable(GL_MULTISAMPLE)", "glClear(GL_COLOR_BUFFER_BIT)",
                           "glViewport(0, 0, 24, 9)", "glDisable(GL_BLEND)", "glDisable(GL_MULTISAMPLE)",
                           "glClear(GL_COLOR_BUFFER_BIT)"));
-  buffer->clearStack();
-  GLCallLog empty;
-  EXPECT_EQ(buffer->popRenderContext(), 0u);
+  buffer->prepare(25, 9, true);
+  EXPECT_THAT(buffer->renderBufferStack(), testing::IsEmpty());
+  EXPECT_EQ(glIsRenderbuffer(lower), GL_FALSE);
+  const std::size_t calls = log.names().size();
+  buffer->prepare(25, 9, false);
   buffer->endDrawing(1.0f);
-  EXPECT_THAT(empty.names(), IsEmpty());
+  EXPECT_EQ(log.names().size(), calls) << "the size held, then no level to pop";
 }
 
 TEST_F(MainFrameBuffer, StencilsGoWithThePopOfTheirLevelButNotWithClearStack) {
@@ -85,51 +71,41 @@ TEST_F(MainFrameBuffer, StencilsGoWithThePopOfTheirLevelButNotWithClearStack) {
   }
 }
 
-TEST_F(MainFrameBuffer, NormalLevelDrawsIntoItsTextureAndGivesTheStackBack) {
+TEST_F(MainFrameBuffer, NormalLevelAttachesItsTextureAndGivesTheStackBack) {
   buffer->prepare(4, 4, true);
   buffer->beginDrawing();
   const GLuint texture = buffer->createRenderTexture(Vec2(2, 2), false);
   buffer->pushNormalRenderContext(texture, Vec2(2, 2), 0);
   const auto frameBuffer = static_cast<GLuint>(GLFixture::integer(GL_FRAMEBUFFER_BINDING));
-  glClearColor(1, 0, 0, 1);
-  glClear(GL_COLOR_BUFFER_BIT);
+  EXPECT_THAT(colour(), ElementsAre(GL_TEXTURE, GLint(texture))) << "the normal level";
   buffer->popNormalRenderContext();
-  EXPECT_EQ(glIsFramebuffer(frameBuffer), GL_FALSE) << "the normal level's frame buffer";
-  EXPECT_EQ(colour(), renderbuffer(buffer->renderBufferStack().back())) << "the stack's top, attached again";
-  std::array<std::uint32_t, 4> texels{};
-  glBindTexture(GL_TEXTURE_2D, texture);
-  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
   glDeleteTextures(1, &texture);
-  EXPECT_THAT(texels, testing::Each(0xFF0000FFu)) << "red, opaque";
+  EXPECT_EQ(glIsFramebuffer(frameBuffer), GL_FALSE) << "the normal level's frame buffer";
+  EXPECT_THAT(colour(), ElementsAre(GL_RENDERBUFFER, GLint(buffer->renderBufferStack().back()))) << "the stack's top";
 }
 
 // Only the minification filter is asked of GL: it keeps a mipmap filter out of the magnification one.
 TEST_F(MainFrameBuffer, TextureMakersSetFormatSizeFilterAndWrapByTheirArguments) {
   buffer->prepare(6, 5, true);
-  const struct {
-    GLuint texture;
-    GLenum format;
-    GLint width;
-    GLenum filter;
-  } cases[] = {
-      // The 8-bit makers ask for the unsized GL_RGBA, which GL reports back as asked.
+  // The 8-bit makers ask for the unsized GL_RGBA, which GL reports back as asked.
+  // clang-format off
+  const struct { GLuint texture; GLenum format; GLint width; GLenum filter; } cases[] = {
       {buffer->createRenderTexture(false), GL_RGBA, 6, GL_LINEAR},
       {buffer->createRenderTexture(true), GL_RGBA, 6, GL_LINEAR_MIPMAP_LINEAR},
       {buffer->createRenderTexture(Vec2(3.7, 2), false), GL_RGBA, 3, GL_LINEAR},
       {buffer->createFloatRenderTexture(true, true), GL_RGBA32F, 6, GL_LINEAR_MIPMAP_LINEAR},
       {buffer->createFloatRenderTexture(true, false), GL_RGBA32F, 6, GL_LINEAR},
       {buffer->createFloatRenderTexture(false, true), GL_RGBA32F, 6, GL_LINEAR_MIPMAP_NEAREST},
-      {buffer->createFloatRenderTexture(Vec2(2, 2), false, false), GL_RGBA32F, 2, GL_NEAREST},
-  };
+      {buffer->createFloatRenderTexture(Vec2(2, 2), false, false), GL_RGBA32F, 2, GL_NEAREST}};
+  // clang-format on
   EXPECT_EQ(GLFixture::integer(GL_TEXTURE_BINDING_2D), 0) << "the makers leave no texture bound";
   for (const auto& c : cases) {
-    std::vector<GLint> got(5);
+    std::vector<GLint> got;
     glBindTexture(GL_TEXTURE_2D, c.texture);
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &got[0]);
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &got[1]);
-    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &got[2]);
-    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, &got[3]);
-    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, &got[4]);
+    for (GLenum name : {GL_TEXTURE_INTERNAL_FORMAT, GL_TEXTURE_WIDTH})
+      glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, name, &got.emplace_back(-1));
+    for (GLenum name : {GL_TEXTURE_MIN_FILTER, GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
+      glGetTexParameteriv(GL_TEXTURE_2D, name, &got.emplace_back(-1));
     glDeleteTextures(1, &c.texture);
     EXPECT_THAT(got, ElementsAre(c.format, c.width, c.filter, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE))
         << "texture " << &c - cases << ": format, width, filter, wraps";

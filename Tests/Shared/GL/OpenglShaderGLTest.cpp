@@ -1,5 +1,5 @@
-// The shader object on a real context: what its setters leave in the program and the vertex array, what a build
-// asks of GL, and a failed build that prints its log, leaves the setters silent and is tried again.
+// The shader object on a real context: what a build asks of GL, what its setters leave in the program and the
+// vertex array, and a failed build that prints its log, leaves the setters silent and is tried again.
 #include <gmock/gmock.h>
 
 #include <glbinding/gl/gl.h>
@@ -26,18 +26,23 @@ static const char* const kFragment =
 static const char* const kPlain = "#version 330\nin vec2 uv; out vec4 c; void main() { c = vec4(uv, 0, 1); }";
 static const char* const kBroken = "#version 330\nvoid main() { undeclared = 1; }\n";
 
-TEST(OpenglShader, SettersLeaveTheirValuesInTheProgramAndTheVertexArray) {
+// Names reach GL in byte order, each with its first location, which fixes the order in which GL hears of two names
+// given one location; an empty geometry text is no third stage.
+TEST(OpenglShader, FirstUseBuildsWithItsBindingsAndSettersLeaveTheirValuesInTheProgramAndTheVertexArray) {
   GLFixture::use();
-  OpenglShader shader(kVertex, kFragment);
-  for (const auto& [name, location] : {std::pair{"a2", 2}, {"a3", 4}, {"a4", 5}, {"ai", 6}}) {
+  OpenglShader shader(kVertex, kFragment, "");
+  for (const auto& [name, location] : {std::pair{"ai", 6}, {"a4", 5}, {"a2", 2}, {"a3", 4}, {"a2", 9}})
     shader.addAttributeBinding(name, location);
-  }
+  GLCallLog log;
   shader.useProgram();
-  const int pairs[4] = {9, -10, 11, 12};
+  shader.useProgram();
+  EXPECT_EQ(std::pair(log.count("glCreateShader"), log.count("glUseProgram")), std::pair(2, 2)) << "stages, uses";
+  EXPECT_THAT(log.only({"glBindAttribLocation"}), ElementsAre(EndsWith(R"(2, "a2"))"), EndsWith(R"(4, "a3"))"),
+                                                              EndsWith(R"(5, "a4"))"), EndsWith(R"(6, "ai"))")));
   Affine transforms[2] = {Affine(true), Affine(false)};
   std::copy_n(std::array<double, 6>{1, 2, 3, 4, 5, 6}.data(), 6, transforms[1].m);
   shader.setUniform4f("f4", Color(0.1, 0.2, 0.3, 0.4));
-  shader.setUniform2iv("ia2", pairs, 2);
+  shader.setUniform2iv("ia2", std::array{9, -10, 11, 12}.data(), 2);
   shader.setUniformMatrix3f("m3", transforms, 2);
   // Given row by row, so its column-major storage, which GL takes as it is, holds the transpose.
   shader.setUniformMatrix4f("m4", Mat4(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, false), 1);
@@ -66,9 +71,8 @@ TEST(OpenglShader, SettersLeaveTheirValuesInTheProgramAndTheVertexArray) {
        {std::tuple{6u, 1, GL_INT}, {2u, 2, GL_FLOAT}, {4u, 3, GL_FLOAT}, {5u, 4, GL_FLOAT}}) {
     std::vector<GLint> got;
     for (GLenum query : {GL_VERTEX_ATTRIB_ARRAY_ENABLED, GL_VERTEX_ATTRIB_ARRAY_SIZE, GL_VERTEX_ATTRIB_ARRAY_TYPE,
-                         GL_VERTEX_ATTRIB_ARRAY_STRIDE, GL_VERTEX_ATTRIB_ARRAY_NORMALIZED}) {
+                         GL_VERTEX_ATTRIB_ARRAY_STRIDE, GL_VERTEX_ATTRIB_ARRAY_NORMALIZED})
       glGetVertexAttribiv(location, query, &got.emplace_back(-1));
-    }
     shader.disableVertexAttributeArray(static_cast<int>(location));
     glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &got.emplace_back(-1));
     EXPECT_THAT(got, ElementsAre(1, size, static_cast<GLint>(type), 24, 0, 0))
@@ -77,46 +81,28 @@ TEST(OpenglShader, SettersLeaveTheirValuesInTheProgramAndTheVertexArray) {
   glDeleteVertexArrays(1, &vertexArray);
 }
 
-// An empty geometry text is no geometry stage; names reach GL in byte order, each with its first location.
-TEST(OpenglShader, FirstUseBuildsWithItsBindingsAndLaterUsesOnlyUseTheProgram) {
-  GLFixture::use();
-  for (const bool emptyGeometry : {false, true}) {
-    OpenglShader plain = emptyGeometry ? OpenglShader(kVertex, kPlain, "") : OpenglShader(kVertex, kPlain);
-    for (const auto& [name, location] : {std::pair{"position", 0}, {"position", 5}, {"zeta", 7}, {"alpha", 7}}) {
-      plain.addAttributeBinding(name, location);
-    }
-    GLCallLog log;
-    plain.useProgram();
-    plain.useProgram();
-    EXPECT_EQ(log.count("glCreateShader"), 2) << "empty geometry text: " << emptyGeometry;
-    EXPECT_EQ(log.count("glUseProgram"), 2) << "empty geometry text: " << emptyGeometry;
-    EXPECT_THAT(log.only({"glBindAttribLocation"}),
-                ElementsAre(EndsWith(R"(7, "alpha"))"), EndsWith(R"(0, "position"))"), EndsWith(R"(7, "zeta"))")));
-  }
-}
-
 // Without a program every setter is silent, so a draw goes on with no program and the printed log as the only sign.
 TEST(OpenglShader, FailedBuildPrintsItsLogLeavesTheSettersSilentAndIsTriedAgain) {
   GLFixture::use();
   // One error for each of many undeclared names: a log far longer than the 512 characters printed.
   std::string longLog = "#version 330\nvoid main() {\n";
   for (int i = 0; i < 60; ++i) longLog += "float v" + std::to_string(i) + " = undeclared" + std::to_string(i) + ";\n";
-  const struct {
-    std::string vertex, fragment, geometry, heading;
-    std::size_t shortest;  // of the printed log
-  } failures[] = {{kBroken, kPlain, "", "Shader vert error:\n", 1},
-                  {kVertex, kBroken, "", "Shader frag error:\n", 1},
-                  {kVertex, kPlain, kBroken, "Shader geo error:\n", 1},
-                  // Compiles, but the function it calls is never defined.
-                  {kVertex, "#version 330\nout vec4 c; vec4 f(); void main() { c = f(); }", "", "Program error:\n", 1},
-                  {kVertex, longLog + "}\n", "", "Shader frag error:\n", 511}};
+  // The shortest log printed after the heading; the longest is the 512 characters asked of GL.
+  // clang-format off
+  const struct { std::string vertex, fragment, geometry, heading; std::size_t shortest; } failures[] = {
+      {kBroken, kPlain, "", "Shader vert error:\n", 1},
+      {kVertex, kBroken, "", "Shader frag error:\n", 1},
+      {kVertex, kPlain, kBroken, "Shader geo error:\n", 1},
+      // Compiles, but the function it calls is never defined.
+      {kVertex, "#version 330\nout vec4 c; vec4 f(); void main() { c = f(); }", "", "Program error:\n", 1},
+      {kVertex, longLog + "}\n", "", "Shader frag error:\n", 511}};
+  // clang-format on
   for (const auto& failure : failures) {
     OpenglShader broken(failure.vertex, failure.fragment, failure.geometry);
     GLCallLog log;
     testing::internal::CaptureStdout();
     broken.useProgram();
     broken.useProgram();
-    fflush(stdout);
     const std::string printed = testing::internal::GetCapturedStdout(), once = printed.substr(0, printed.size() / 2);
     SCOPED_TRACE(once);
     EXPECT_EQ(printed, once + once) << "tried again at the next use";
@@ -126,7 +112,6 @@ TEST(OpenglShader, FailedBuildPrintsItsLogLeavesTheSettersSilentAndIsTriedAgain)
     EXPECT_EQ(log.count("glDeleteShader"), log.count("glCreateShader"));
     EXPECT_EQ(log.count("glDeleteProgram"), log.count("glCreateProgram"));
     EXPECT_THAT(log.only({"glUseProgram"}), ElementsAre("glUseProgram(0)", "glUseProgram(0)"));
-    broken.setUniform1i("c", 1);
     broken.setUniformTexture("c", static_cast<int>(GL_TEXTURE_2D), 1, 0);
     broken.setAttribute2fv("position", nullptr, 0);
     broken.disableVertexAttributeArray(1);

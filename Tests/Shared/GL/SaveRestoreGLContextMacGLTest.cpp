@@ -19,16 +19,13 @@ TEST(SaveRestoreGLContextMac, RestoreGivesTheSavedContextBackOnceFlushingOnlyOnT
   GLFixture::HostContext host;
   CGLContextObj wrappedCgl = nullptr;
   NSOpenGLContext* wrapped = AEOpenGLContext::createNSContext(nullptr, wrappedCgl);
-  const struct {
-    const char* what;
-    std::function<void()> makeCurrent;
-    NSOpenGLContext* saved;
-    CGLContextObj restored;
-    std::vector<std::string> calls;
-  } cases[] = {
+  // clang-format off
+  const struct { const char* what; std::function<void()> makeCurrent; NSOpenGLContext* saved; CGLContextObj restored;
+                 std::vector<std::string> calls; } cases[] = {
       {"no context", [] { CGLSetCurrentContext(nullptr); }, nullptr, plugin->cglContext(), {}},
       {"bare host context", [&] { host.makeCurrent(); }, nullptr, host.cglContext(), {"glGetIntegerv", "glFlush"}},
       {"host NSOpenGLContext", [&] { wrapped->makeCurrentContext(); }, wrapped, wrappedCgl, {}}};
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     c.makeCurrent();
