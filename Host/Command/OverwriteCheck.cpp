@@ -37,14 +37,6 @@ bool sameFile(const std::string& a, const std::string& b) {
   return fs::weakly_canonical(fs::absolute(a), error) == fs::weakly_canonical(fs::absolute(b), error);
 }
 
-// The frame numbers an output is given: a sequence's file numbers, a video's positions, 0 for a picture.
-Numbers writtenNumbers(const MediaInfo& input) {
-  if (input.kind == MediaKind::Image) return {0, 0};
-  std::int64_t first =
-      input.kind == MediaKind::Sequence ? std::max(input.range.first, input.firstNumber) : input.range.first;
-  return {first, first + input.frameCount - 1};
-}
-
 std::vector<std::string> filesOf(const std::string& path, Numbers numbers) {
   if (!MediaPath::isSequencePattern(path)) return {path};
   std::vector<std::string> files;
@@ -64,7 +56,8 @@ void OverwriteCheck::refuse(const MediaInfo& input, const std::string& output, c
   for (const std::string& file : filesOf(input.path, allInputFiles)) {
     if (std::optional<Identity> identity = identityOf(file)) read.emplace(*identity, file);
   }
-  std::vector<std::string> outputs = filesOf(output, writtenNumbers(input));
+  const FrameRange written = input.frames();
+  std::vector<std::string> outputs = filesOf(output, {written.first, written.last});
   if (!compare.empty()) {
     for (const std::string& file : outputs) {
       if (sameFile(compare, file)) {

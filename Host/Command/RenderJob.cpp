@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -28,6 +29,31 @@ void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
         fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
                     "pixels a side",
                     mRequest.input, info.width, info.height, limit));
+  }
+}
+
+// Whatever the person asked that cannot be done is a usage error found once the input is open, before the first
+// frame: an output over an input, an output or picture of an unknown kind or in a folder that cannot be written, a
+// --compare-frame the input does not have, keyframes of one slider that fall on the same time at its rate.
+void RenderJob::refuseUsageErrors(const MediaInfo& info) {
+  OverwriteCheck::refuse(info, mRequest.output, mRequest.compare);
+  for (const std::string* path : {&mRequest.output, &mRequest.compare}) {
+    const std::string why = path->empty() ? "" : MediaWriter::refusal(*path);
+    if (!why.empty()) throw HostError::usage(fmt::format("{}: {}", *path, why));
+  }
+  if (!mRequest.compare.empty() && MediaPath::kindOf(mRequest.compare) != MediaKind::Image) {
+    throw HostError::usage(
+        fmt::format("--compare {}: the before/after picture is one picture (.png, .jpg, .tif)", mRequest.compare));
+  }
+  const FrameRange frames = info.frames();
+  if (mRequest.compareFrame && !frames.contains(*mRequest.compareFrame)) {
+    throw HostError::usage(fmt::format("--compare-frame {} is not among the frames {}-{} of {}", *mRequest.compareFrame,
+                                       frames.first, frames.last, mRequest.input));
+  }
+  try {
+    mHost.setFrameRate(info.frameRate.value());
+  } catch (const std::invalid_argument& e) {
+    throw HostError::usage(e.what());
   }
 }
 
@@ -61,10 +87,9 @@ std::int64_t RenderJob::run(const Process& process) {
   }
   MediaReader reader(mRequest.input, mRequest.frames);
   const MediaInfo& info = reader.info();
-  OverwriteCheck::refuse(info, mRequest.output, mRequest.compare);
+  refuseUsageErrors(info);
   checkFrameFitsGL(info);
   if (info.reducedToEightBits) say(fmt::format("{} has more than 8 bits a channel; it is rendered at 8", info.path));
-  mHost.setFrameRate(info.frameRate.value());
   mFrameTime = [rate = info.frameRate](const ArgbFrame& frame) {
     return FrameTime::at(frame.timeSeconds, rate.num, rate.den);
   };

@@ -36,6 +36,7 @@ public:
 private:
   using Process = std::function<void(ArgbFrame& before, ArgbFrame& after)>;
 
+  void refuseUsageErrors(const MediaInfo& info);
   void checkFrameFitsGL(const MediaInfo& info) const;
   std::int64_t run(const Process& process);
   void keepForCompare(const ArgbFrame& before, const ArgbFrame& after);

@@ -52,10 +52,8 @@ void applySliderFlags(EffectHost& host, const SliderFlags& flags) {
     const SliderDefinition& slider = host.sliders()[i];
     try {
       host.setTrack(i, ParamTrack::parse(flags.texts[i]));
-    } catch (const std::out_of_range& e) {
+    } catch (const std::logic_error& e) {  // a malformed text, or a value out of the slider's range
       throw HostError::usage(fmt::format("--{}: {}", slider.flagName(), e.what()));
-    } catch (const std::invalid_argument& e) {
-      throw HostError::usage(fmt::format("--{} {}: {}", slider.flagName(), flags.texts[i], e.what()));
     }
   }
 }
@@ -117,6 +115,18 @@ void fillDefaults(RenderJob::Request& request, const char* suffix) {
 
 }  // namespace
 
+void VelmiraCommand::refuseUnknownVerb(int argc, char** argv) {
+  static const char* const kVerbs[] = {"about", "params", "render", "mask"};
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (arg == "--") return;
+    if (arg == "--plugin") ++i;
+    if (arg.rfind('-', 0) == 0) continue;
+    if (std::find(std::begin(kVerbs), std::end(kVerbs), arg) != std::end(kVerbs)) return;
+    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render or mask", arg));
+  }
+}
+
 std::string VelmiraCommand::pluginOption(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
@@ -171,6 +181,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     std::puts(version.c_str());
     return kSuccess;
   }
+  refuseUnknownVerb(argc, argv);
   std::string pluginPath = pluginOption(argc, argv);
   if (pluginPath.empty()) pluginPath = Locations::defaultPlugin();
   EffectHost host(pluginPath, verboseFlag(argc, argv));
@@ -196,7 +207,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
                          "Retouch an image, a numbered sequence (frame_%04d.png) or a video. With no INPUT the bundled "
                          "portrait goes to out/, with a before/after picture");
   renderVerb->footer(kKeyframeHelp);
-  renderVerb->add_option("input", render.input, "Image, sequence pattern or video");
+  CLI::Option* renderInput = renderVerb->add_option("input", render.input, "Image, sequence pattern or video");
   renderVerb->add_option("-o,--output", render.output, "Output file; its extension decides the kind (default: out/)");
   renderVerb->add_option("--compare", render.compare, "Also write a before/after picture of one frame");
   std::int64_t compareFrame = 0;
@@ -214,7 +225,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   CLI::App* maskVerb = app.add_subcommand(
       "mask", "Write the skin mask the effect would use: white where a pixel is blurred, black elsewhere");
   maskVerb->footer(kKeyframeHelp);
-  maskVerb->add_option("input", mask.input, "Image, sequence pattern or video (default: the bundled portrait)");
+  CLI::Option* maskInput =
+      maskVerb->add_option("input", mask.input, "Image, sequence pattern or video (default: the bundled portrait)");
   maskVerb->add_option("-o,--output", mask.output, "Output file")->required();
   std::string maskFramesText;
   CLI::Option* maskFramesOption = maskVerb->add_option("--frames", maskFramesText, "Only frames A-B");
@@ -232,6 +244,9 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   }
 
   MediaLog::setVerbose(verbose);
+  if ((renderInput->count() && render.input.empty()) || (maskInput->count() && mask.input.empty())) {
+    throw HostError::usage("the INPUT given is empty");
+  }
 
   auto frames = [](CLI::Option* option, const std::string& text) {
     return option->count() == 0 ? FrameRange{} : parseFrames(text);

@@ -20,6 +20,8 @@ public:
   // The value of --plugin and whether --verbose is given, looked for before the full parse,
   // since both act while the plug-in loads.
   static std::string pluginOption(int argc, char** argv);
+  // A first word that is no verb is a usage error, also before --help: `velmira frobnicate --help` is a typo.
+  static void refuseUnknownVerb(int argc, char** argv);
   static bool verboseFlag(int argc, char** argv);
   // The `velmira params` table for a host's sliders.
   static std::string paramsTable(const EffectHost& host);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -202,7 +203,13 @@ void EffectHost::setTrack(std::size_t slider, ParamTrack track) {
 }
 
 void EffectHost::setFrameRate(double framesPerSecond) {
-  for (auto& track : mTracks) track.resolve(framesPerSecond);
+  for (std::size_t i = 0; i < mTracks.size(); ++i) {
+    try {
+      mTracks[i].resolve(framesPerSecond);
+    } catch (const std::invalid_argument& e) {
+      throw std::invalid_argument(fmt::format("--{}: {}", mSliders[i].flagName(), e.what()));
+    }
+  }
 }
 
 PF_Err EffectHost::send(PF_Cmd command, void* extra) {

@@ -46,7 +46,8 @@ public:
   // The slider's value over time; its keys must lie in the slider's valid range.
   void setTrack(std::size_t slider, ParamTrack track);
   double sliderValue(std::size_t slider, double seconds) const { return mTracks.at(slider).valueAt(seconds); }
-  // Frame times of keyframes are taken at this rate.
+  // Frame times of keyframes are taken at this rate. Throws std::invalid_argument naming the slider's flag when two
+  // of its keys then fall on the same time.
   void setFrameRate(double framesPerSecond);
 
   // One frame through smart pre-render and smart render; the output must have the input's size.

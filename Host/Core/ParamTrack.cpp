@@ -72,12 +72,18 @@ ParamTrack::Key ParamTrack::parseKey(const std::string& piece, bool needsTime) {
   }
   Key key;
   key.value = parseNumber(trimmed(piece.substr(0, at)), "value before @");
-  std::string time = trimmed(piece.substr(at + 1));
+  const std::string written = trimmed(piece.substr(at + 1));
+  std::string time = written;
   if (!time.empty() && (time.back() == 'f' || time.back() == 's')) {
     key.inFrames = time.back() == 'f';
     time.pop_back();
   }
-  key.time = parseNumber(time, fmt::format("time after @ in '{}'", piece).c_str());
+  if (time.empty()) throw std::invalid_argument(fmt::format("time after @ in '{}' is missing", piece));
+  char* end = nullptr;
+  key.time = std::strtod(time.c_str(), &end);
+  if (end != time.c_str() + time.size() || !std::isfinite(key.time)) {
+    throw std::invalid_argument(fmt::format("'{}': '{}' is not a time", piece, written));
+  }
   if (key.time < 0.0) throw std::invalid_argument(fmt::format("keyframe '{}' has a negative time", piece));
   return key;
 }

@@ -50,6 +50,14 @@ struct MediaInfo {
 
   // Streams other than the video one (audio, subtitles, data) that a video writer copies.
   int otherStreamCount = 0;
+
+  // The numbers of the frames the reader gives, first to last: a video's positions, a sequence's file numbers, 0 for
+  // a picture. A writer numbers a sequence's files by them.
+  FrameRange frames() const {
+    if (kind == MediaKind::Image) return {0, 0};
+    std::int64_t first = kind == MediaKind::Sequence && firstNumber > range.first ? firstNumber : range.first;
+    return {first, first + frameCount - 1};
+  }
 };
 
 }  // namespace Quillmere::Velmira

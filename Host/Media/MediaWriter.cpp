@@ -1,11 +1,28 @@
 #include "Media/MediaWriter.h"
 
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "Media/ImageEncoder.h"
 #include "Media/ImageSink.h"
 #include "Media/MediaError.h"
 #include "Media/MediaPath.h"
 #include "Media/VideoSink.h"
 
 namespace Quillmere::Velmira {
+
+std::string MediaWriter::refusal(const std::string& path) {
+  const std::string ext = MediaPath::extension(path);
+  if (MediaPath::kindOf(path) == MediaKind::Video ? !VideoSink::writes(ext) : !ImageEncoder::writes(ext))
+    return "unknown output format '" + ext + "' (write .png, .jpg, .tif, .mp4, .mov or .mkv)";
+  std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (folder.empty()) folder = ".";
+  std::error_code ec;
+  if (!std::filesystem::is_directory(folder, ec)) return "there is no folder " + folder.string();
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) return "the folder " + folder.string() + " cannot be written";
+  return "";
+}
 
 MediaWriter::MediaWriter(const std::string& path, const MediaInfo& source) : MediaWriter(path, source, Options{}) {}
 

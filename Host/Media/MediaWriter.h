@@ -48,6 +48,10 @@ public:
 
   const std::string& path() const { return mPath; }
 
+  // Why an output of this name could not be written, found before anything is: a kind this writer does not know,
+  // or a folder that is missing or closed to writing. Empty when it can be written.
+  static std::string refusal(const std::string& path);
+
 private:
   std::string mPath;
   std::unique_ptr<FrameSink> mSink;

@@ -11,18 +11,14 @@ extern "C" {
 
 namespace Quillmere::Velmira {
 
-namespace {
-
-bool writesVideo(const std::string& extension) {
+bool VideoSink::writes(const std::string& extension) {
   return extension == ".mp4" || extension == ".m4v" || extension == ".mov" || extension == ".mkv";
 }
-
-}  // namespace
 
 VideoSink::VideoSink(const std::string& path, const MediaInfo& source, int crf)
     : mPath(path), mSource(source), mFile(path) {
   std::string ext = MediaPath::extension(path);
-  if (!writesVideo(ext)) fail("unknown video format '" + ext + "' (write .mp4, .mov or .mkv)");
+  if (!writes(ext)) fail("unknown video format '" + ext + "' (write .mp4, .mov or .mkv)");
   AVFormatContext* raw = nullptr;
   // The format follows the final name; the bytes go to the temporary file.
   if (avformat_alloc_output_context2(&raw, nullptr, nullptr, path.c_str()) < 0 || !raw)

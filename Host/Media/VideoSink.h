@@ -18,6 +18,9 @@ public:
   VideoSink(const std::string& path, const MediaInfo& source, int crf);
   ~VideoSink() override;
 
+  // True for the extensions the sink writes.
+  static bool writes(const std::string& extension);
+
   void write(const ArgbFrame& frame) override;
   void finish() override;
 

@@ -46,7 +46,7 @@ TEST(ParamTrack, RefusesMalformedTextWithAMessageQuotingThePiece) {
       {"1@2,,3@4", "empty keyframe"},
       {"@2", "value before @ is missing"},
       {"1@-2", "negative time"},
-      {"1@2g", "'2g' is not a number"},
+      {"1@2g", "'1@2g': '2g' is not a time"},
       {"nan", "'nan' is not a number"},
       {"1e999", "'1e999' is not a number"},
       {"1@1,2@25f", "two keyframes at the same time (1 s)"},
