@@ -72,10 +72,9 @@ TEST(EntryPoint, UnhandledCommandsWriteNothingAndCallNothing) {
   CallRecorder calls;
   EffectHost host(EntryPointFunc, &calls);
   const int before = static_cast<int>(calls.calls().size());
-  const PF_Cmd unhandled[] = {PF_Cmd_UNUSED_0,         PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER,
-                              PF_Cmd_FRAME_SETUP,      PF_Cmd_DO_DIALOG,      PF_Cmd_USER_CHANGED_PARAM,
-                              PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS,       -1};
-  for (PF_Cmd cmd : unhandled) {
+  for (PF_Cmd cmd : std::initializer_list<PF_Cmd>{PF_Cmd_UNUSED_0, PF_Cmd_SEQUENCE_SETUP, PF_Cmd_RENDER,
+                                                  PF_Cmd_FRAME_SETUP, PF_Cmd_DO_DIALOG, PF_Cmd_USER_CHANGED_PARAM,
+                                                  PF_Cmd_SMART_RENDER_GPU, PF_Cmd_NUM_CMDS, -1}) {
     EXPECT_EQ(host.send(cmd), PF_Err_NONE) << "command " << cmd;
     PF_OutData untouched{};
     untouched.num_params = host.outData().num_params;

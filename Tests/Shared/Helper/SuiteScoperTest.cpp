@@ -149,10 +149,11 @@ TEST_F(SuiteAccess, DrawbotSuitesComeAndGoInFieldOrder) {
   for (int i = 0; i < 4; ++i) host.offerSuite(names[i], versions[i], &tables[i]);
   DRAWBOT_Suites suites{};
   EXPECT_EQ(AcquireDrawbotSuites(in, out, &suites), PF_Err_NONE);
-  EXPECT_EQ(static_cast<void*>(suites.drawbot_suiteP), &tables[0]);
-  EXPECT_EQ(static_cast<void*>(suites.supplier_suiteP), &tables[1]);
-  EXPECT_EQ(static_cast<void*>(suites.surface_suiteP), &tables[2]);
-  EXPECT_EQ(static_cast<void*>(suites.path_suiteP), &tables[3]);
+  auto fields = [&] {
+    return std::vector<const void*>{suites.drawbot_suiteP, suites.supplier_suiteP, suites.surface_suiteP,
+                                    suites.path_suiteP};
+  };
+  EXPECT_EQ(fields(), (std::vector<const void*>{&tables[0], &tables[1], &tables[2], &tables[3]}));
   EXPECT_EQ(ReleaseDrawbotSuites(in, out), PF_Err_NONE);
   EXPECT_EQ(suiteTraffic(), (Names{"Acquire DRAWBOT Draw Suite 1", "Acquire DRAWBOT Supplier Suite 1",
                                    "Acquire DRAWBOT Surface Suite 2", "Acquire DRAWBOT Path Suite 1",
@@ -164,8 +165,7 @@ TEST_F(SuiteAccess, DrawbotSuitesComeAndGoInFieldOrder) {
   suites = DRAWBOT_Suites{};
   suites.path_suiteP = reinterpret_cast<DRAWBOT_PathSuite1*>(&marker);
   EXPECT_EQ(AcquireDrawbotSuites(in, out, &suites), 516);
-  EXPECT_EQ(suites.surface_suiteP, nullptr);
-  EXPECT_EQ(static_cast<void*>(suites.path_suiteP), &marker);
+  EXPECT_EQ(fields(), (std::vector<const void*>{&tables[0], &tables[1], nullptr, &marker}));
   EXPECT_EQ(host.heldSuites(), 2);
   EXPECT_STREQ(out->return_msg, "Not able to acquire AEFX Suite-DRAWBOT Surface Suite-2");
 
