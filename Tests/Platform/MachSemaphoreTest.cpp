@@ -17,16 +17,15 @@ kern_return_t destroy(semaphore_t semaphore) { return semaphore_destroy(mach_tas
 // wakes them one per call or all at once. Each checks what its wait answered and notes how
 // many were woken before it.
 TEST(MachSemaphore, WakesTheWaiterThePolicyPicksOrAllWithTheirAnswer) {
-  const struct {
-    const char* call;
-    int policy;
-    kern_return_t (*wake)(semaphore_t);
-    std::vector<int> ranks;  // empty: one call wakes all three, in no set order
-    kern_return_t answer;
-  } cases[] = {{"signal, FIFO", SYNC_POLICY_FIFO, semaphore_signal, {0, 1, 2}, KERN_SUCCESS},
-               {"signal, LIFO", SYNC_POLICY_LIFO, semaphore_signal, {2, 1, 0}, KERN_SUCCESS},
-               {"signal_all", SYNC_POLICY_LIFO, semaphore_signal_all, {}, KERN_SUCCESS},
-               {"destroy", SYNC_POLICY_FIFO, destroy, {}, KERN_TERMINATED}};
+  // The order the threads wake in by the ranks they queued at; none where one call wakes all three, in no set order.
+  // clang-format off
+  const struct { const char* call; int policy; kern_return_t (*wake)(semaphore_t); std::vector<int> ranks;
+                 kern_return_t answer; } cases[] = {
+      {"signal, FIFO", SYNC_POLICY_FIFO, semaphore_signal, {0, 1, 2}, KERN_SUCCESS},
+      {"signal, LIFO", SYNC_POLICY_LIFO, semaphore_signal, {2, 1, 0}, KERN_SUCCESS},
+      {"signal_all", SYNC_POLICY_LIFO, semaphore_signal_all, {}, KERN_SUCCESS},
+      {"destroy", SYNC_POLICY_FIFO, destroy, {}, KERN_TERMINATED}};
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.call);
     semaphore_t semaphore = SEMAPHORE_NULL;

@@ -19,17 +19,17 @@ namespace {
 TEST(NSOpenGLContext, WordsChooseTheProfileAndTheContextIsCurrentWhoeverMadeItSo) {
   const GLint core = static_cast<GLint>(GL_CONTEXT_CORE_PROFILE_BIT);
   const GLint compatibility = static_cast<GLint>(GL_CONTEXT_COMPATIBILITY_PROFILE_BIT);
-  const struct {
-    const char* label;
-    std::vector<NSOpenGLPixelFormatAttribute> words;  // empty: a null list
-    GLint profile;                                    // 0: no format, so no context
-  } cases[] = {{"the plug-in's words", {74, 72, 11, 0, 8, 24, 13, 0, 12, 0, 99, 12800, 0}, core},
-               {"no words", {0}, compatibility},
-               {"4.1 core with double buffer", {5, 99, 0x4100, 0}, core},
-               {"an unknown word", {74, 1234, 0}, 0},
-               {"an unknown profile", {99, 0x9999, 0}, 0},
-               {"a depth no configuration has", {12, 200, 0}, 0},
-               {"a null list", {}, 0}};
+  // No words stand for a null list; a profile of 0 for no format, so no context.
+  // clang-format off
+  const struct { const char* label; std::vector<NSOpenGLPixelFormatAttribute> words; GLint profile; } cases[] = {
+      {"the plug-in's words", {74, 72, 11, 0, 8, 24, 13, 0, 12, 0, 99, 12800, 0}, core},
+      {"no words", {0}, compatibility},
+      {"4.1 core with double buffer", {5, 99, 0x4100, 0}, core},
+      {"an unknown word", {74, 1234, 0}, 0},
+      {"an unknown profile", {99, 0x9999, 0}, 0},
+      {"a depth no configuration has", {12, 200, 0}, 0},
+      {"a null list", {}, 0}};
+  // clang-format on
   std::vector<NSObject*> made;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.label);

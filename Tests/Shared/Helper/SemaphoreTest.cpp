@@ -13,10 +13,7 @@ namespace {
 // A thread takes the start count plus the signals, then waits once more: that wait may only
 // end with the signal given after the flag below is set.
 TEST(Semaphore, LetsTheStartCountPlusTheSignalsThroughAndNoMore) {
-  const struct {
-    unsigned int start;
-    unsigned int signals;
-  } cases[] = {{0, 0}, {0, 1}, {0, 3}, {2, 0}, {1, 2}};
+  const struct { unsigned int start, signals; } cases[] = {{0, 0}, {0, 1}, {0, 3}, {2, 0}, {1, 2}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "start " << c.start << ", signal(" << c.signals << ")");
     const unsigned int allowed = c.start + c.signals;
