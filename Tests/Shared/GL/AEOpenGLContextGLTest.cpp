@@ -1,5 +1,5 @@
 // The plug-in's own context on real GL: what it prints and asks for, and the flush rule of a switch.
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <glbinding/Meta.h>
 #include <glbinding/gl/gl.h>
@@ -14,9 +14,9 @@ using namespace Quillmere::Velmira;
 
 static std::string glString(GLenum name) { return reinterpret_cast<const char*>(glGetString(name)); }
 
-// The core profile implies 3.2 or above. makeContextCurrent switches before the flush rule, so the rule finds the
-// context current and flushes nothing; makeCurrentFlush away from another context flushes it unless its bound frame
-// buffer is incomplete. (The share group goes through the context manager's tests.)
+// The core profile implies 3.2 or above. makeCurrentFlush away from another context flushes it unless its bound
+// frame buffer is incomplete. (The share group goes through the context manager's tests, a switch to the context
+// already current through those of the saved context.)
 TEST(AEOpenGLContext, NewContextPrintsItselfIsACoreProfileAndIsCurrentAndASwitchFlushesTheContextLeft) {
   testing::internal::CaptureStdout();
   const std::unique_ptr<AEOpenGLContext> target(new AEOpenGLContext(nullptr));
@@ -37,26 +37,20 @@ TEST(AEOpenGLContext, NewContextPrintsItselfIsACoreProfileAndIsCurrentAndASwitch
       {true, true, {"glGetIntegerv", "glCheckFramebufferStatus", "glFlush"}},
       {true, false, {"glGetIntegerv", "glCheckFramebufferStatus"}}};
   // clang-format on
+  GLuint frameBuffer = 0, texture = 0;
+  glGenFramebuffers(1, &frameBuffer);
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
   for (const auto& c : cases) {
-    GLuint frameBuffer = 0, texture = 0;
-    glGenFramebuffers(1, &frameBuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, c.complete ? texture : 0, 0);
     glBindFramebuffer(GL_FRAMEBUFFER, c.bound ? frameBuffer : 0);
     GLCallLog log;
     AEOpenGLContext::makeCurrentFlush(target->cglContext());
-    EXPECT_EQ(CGLGetCurrentContext(), target->cglContext());
-    EXPECT_EQ(log.names(), c.calls);
+    EXPECT_EQ(log.names(), c.calls) << "bound " << c.bound << ", complete " << c.complete;
     left->makeContextCurrent();
-    glDeleteFramebuffers(1, &frameBuffer);
-    glDeleteTextures(1, &texture);
   }
-  GLCallLog switches;
-  target->makeContextCurrent();
-  target->makeContextCurrent();
-  EXPECT_EQ(CGLGetCurrentContext(), target->cglContext());
-  EXPECT_THAT(switches.names(), testing::IsEmpty()) << "makeContextCurrent";
+  glDeleteFramebuffers(1, &frameBuffer);
+  glDeleteTextures(1, &texture);
 }

@@ -31,9 +31,10 @@ protected:
 };
 
 // A second beginDrawing adds a level, cleared; a pop takes only that one and attaches the one below again, and the
-// last pass turns blending and multisampling off (beginDrawing turns the second on). A new size drops every level;
-// the size held asks nothing of GL, whatever multisample says, and with no level left endDrawing does nothing.
-TEST_F(MainFrameBuffer, DrawingPushesALevelItsEndPopsThatOneOnlyAndANewSizeDropsThemAll) {
+// last pass turns blending and multisampling off (beginDrawing turns the second on). A normal level attaches its
+// texture through a frame buffer of its own, which its pop deletes. A new size drops every level; the size held asks
+// nothing of GL, whatever multisample says, and with no level left endDrawing does nothing.
+TEST_F(MainFrameBuffer, DrawingPushesALevelItsEndPopsThatOneOnlyANormalLevelGoesWholeAndANewSizeDropsThemAll) {
   buffer->prepare(24, 9, true);
   buffer->beginDrawing();
   const uint32_t lower = buffer->renderBufferStack().back();
@@ -42,11 +43,17 @@ TEST_F(MainFrameBuffer, DrawingPushesALevelItsEndPopsThatOneOnlyAndANewSizeDrops
   const GLuint texture = buffer->popRenderContext();
   EXPECT_THAT(colour(), ElementsAre(GL_RENDERBUFFER, GLint(lower)));
   buffer->drawToMainRenderBuffer(texture, 1.0f);
-  EXPECT_THAT(buffer->renderBufferStack(), ElementsAre(lower));
   EXPECT_THAT(log.only({"glDisable", "glEnable", "glClear", "glViewport"}),
               ElementsAre("glDisable(GL_BLEND)", "glEnable(GL_MULTISAMPLE)", "glClear(GL_COLOR_BUFFER_BIT)",
                           "glViewport(0, 0, 24, 9)", "glDisable(GL_BLEND)", "glDisable(GL_MULTISAMPLE)",
                           "glClear(GL_COLOR_BUFFER_BIT)"));
+  const GLuint normal = buffer->createRenderTexture(Vec2(2, 2), false);
+  buffer->pushNormalRenderContext(normal, Vec2(2, 2), 0);
+  const auto frameBuffer = static_cast<GLuint>(GLFixture::integer(GL_FRAMEBUFFER_BINDING));
+  EXPECT_THAT(colour(), ElementsAre(GL_TEXTURE, GLint(normal))) << "the normal level";
+  buffer->popNormalRenderContext();
+  glDeleteTextures(1, &normal);
+  EXPECT_EQ(glIsFramebuffer(frameBuffer), GL_FALSE) << "the normal level's frame buffer";
   buffer->prepare(25, 9, true);
   EXPECT_THAT(buffer->renderBufferStack(), testing::IsEmpty());
   EXPECT_EQ(glIsRenderbuffer(lower), GL_FALSE);
@@ -69,19 +76,6 @@ TEST_F(MainFrameBuffer, StencilsGoWithThePopOfTheirLevelButNotWithClearStack) {
     EXPECT_EQ(buffer->stencilBuffers().count(level), pop ? 0u : 1u) << (pop ? "popped" : "cleared");
     EXPECT_EQ(glIsRenderbuffer(stencil), pop ? GL_FALSE : GL_TRUE) << (pop ? "popped" : "cleared");
   }
-}
-
-TEST_F(MainFrameBuffer, NormalLevelAttachesItsTextureAndGivesTheStackBack) {
-  buffer->prepare(4, 4, true);
-  buffer->beginDrawing();
-  const GLuint texture = buffer->createRenderTexture(Vec2(2, 2), false);
-  buffer->pushNormalRenderContext(texture, Vec2(2, 2), 0);
-  const auto frameBuffer = static_cast<GLuint>(GLFixture::integer(GL_FRAMEBUFFER_BINDING));
-  EXPECT_THAT(colour(), ElementsAre(GL_TEXTURE, GLint(texture))) << "the normal level";
-  buffer->popNormalRenderContext();
-  glDeleteTextures(1, &texture);
-  EXPECT_EQ(glIsFramebuffer(frameBuffer), GL_FALSE) << "the normal level's frame buffer";
-  EXPECT_THAT(colour(), ElementsAre(GL_RENDERBUFFER, GLint(buffer->renderBufferStack().back()))) << "the stack's top";
 }
 
 // Only the minification filter is asked of GL: it keeps a mipmap filter out of the magnification one.
