@@ -43,9 +43,8 @@ TEST(Mat4, ProductsApplyTheRightOperandFirstAndDivideOnlyWhenProjecting) {
 }
 
 TEST(Mat4, RotationsAreRightHandedInRadiansAndExtendersActFirst) {
-  // Y and Z are checked against quaternions by the Euler properties below.
+  // The turns about single axes are checked against quaternions by the Euler properties below.
   const auto turned = [](const Mat4& m, Vec3 from, Vec3 to) { return near(m * from, to, kUlps); };
-  EXPECT_TRUE(turned(after(Mat4(), &Mat4::setXRotation, M_PI / 2), {0, 1, 0}, {0, 0, 1}));
   // An axis of any length is normalised, and no axis at all turns about X.
   EXPECT_TRUE(turned(after(Mat4(), [](Mat4& m) { m.setRotation(M_PI / 2, 0, 0, 5); }), {1, 0, 0}, {0, 1, 0}) &&
               turned(after(Mat4(), [](Mat4& m) { m.setRotation(M_PI / 2, 0, 0, 0); }), {0, 1, 0}, {0, 0, 1}));
@@ -62,11 +61,9 @@ TEST(Mat4, ProjectionsFollowTheirArgumentOrdersAndLookAtWritesOnlyTheRotation) {
                    Mat4(0.02, 0, 1, 0, 0, 0.04, 1, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), 1e-17));
   EXPECT_TRUE(near(after(Mat4(), &Mat4::setPerspective, M_PI / 2, 1, 1, 3),
                    Mat4(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -3, 0, 0, -1, 0, false), kUlps));
+  // Up along the view: z.z takes 0.0001 as a float and stays unnormalised; x = up x z is zero and normalises
+  // to X, whatever the order of the product; y = z x x is not normalised. The translation stays.
   Mat4 look(1, 0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3, 7, 0, 0, 1, false);
-  look.setLookAt(Vec3(5, 0, 0), Vec3(0, 0, 0), Vec3(0, 1, 0));  // z = (1, 0, 0), x = up x z, y = z x x
-  EXPECT_TRUE(near(look, Mat4(0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 7, 0, 0, 1, false))) << "the translation stays";
-  // Up along the view: z.z takes 0.0001 as a float and stays unnormalised; x = up x z is zero
-  // again and normalises to X, whatever the order of the product; y = z x x is not normalised.
   look.setLookAt(0, 0, 5, 0, 0, 0, 0, 0, 1);
   const double nudged = 1.0 + static_cast<double>(0.0001f);
   EXPECT_TRUE(near(look, Mat4(1, 0, 0, 1, 0, nudged, 0, 2, 0, 0, nudged, 3, 7, 0, 0, 1, false)));
@@ -117,12 +114,11 @@ RC_GTEST_PROP(Mat4Property, DecomposeReturnsWhatComposeTookIn, ()) {
   RC_ASSERT(m.mult(anchor).equal(position, 1e-10) && p.equal(position, 1e-10) && s.equal(scale, 1e-10));
 }
 
-TEST(Quaternion, StartsAtNoTurnOnlySetNormalisesTheAxisAndAnglesComeBackInDegrees) {
+// set normalises its axis, which the compose property relies on; the constructor does not.
+TEST(Quaternion, StartsAtNoTurnTheConstructorKeepsTheAxisAsGivenAndAnglesComeBackInDegrees) {
   const double c = std::cos(M_PI / 6), h = std::sqrt(0.5);
-  const auto set = [](Vec3 axis) { return after(Quaternion(), [&](Quaternion& q) { q.set(axis, M_PI / 3); }); };
   EXPECT_TRUE(near(after(Quaternion(0, 0, 0, 0), &Quaternion::normalize), {0, 0, 0, 1})) << "as Quaternion() starts";
   EXPECT_TRUE(near(Quaternion(Vec3(0, 0, 2), M_PI / 3), {0, 0, 1, c}, kUlps)) << "the constructor's is as given";
-  EXPECT_TRUE(near(set({0, 0, 2}), {0, 0, 0.5, c}, kUlps) && near(set({}), {0.5, 0, 0, c}, kUlps)) << "no axis is X";
   EXPECT_NEAR(Quaternion(0, 0, h, h).getRotationAngle(), 90.0, 1e-12);
   EXPECT_TRUE(std::isnan(Quaternion(0, 0, 0, 1.5).getRotationAngle())) << "w is not clamped";
   // 1 - w^2 is about 1e-14, below the tolerance: too little turn for an axis to mean anything.
@@ -215,10 +211,10 @@ RC_GTEST_PROP(EulerProperty, QuaternionOfAnglesMatchesTheMatrixProduct, ()) {
   RC_ASSERT(anglesWithin(back, angles, 1e-5));
 }
 
-TEST(Affine, ArgumentsRunDownTheColumnsAndMultiplyAppliesItsArgumentAfter) {
-  const Affine a(1, 2, 3, 4, 5, 6), s(2, 0, 0, 3, 1, 1), t(0, 1, -1, 0, 5, 0);
+// (The arguments run down the columns: Mat4's setWithAffine and the inverse below pin that.)
+TEST(Affine, MultiplyAppliesItsArgumentAfter) {
+  const Affine s(2, 0, 0, 3, 1, 1), t(0, 1, -1, 0, 5, 0);
   const Vec2 p(1, 2);
-  EXPECT_TRUE(a.m[1] == 3 && a.m[3] == 2 && near(a.getTransform(Vec2(1, 0)), {6, 8}));
   EXPECT_TRUE(near(after(s, &Affine::multiply, t).getTransform(p), t.getTransform(s.getTransform(p))) &&
               near(after(s, &Affine::premultiply, t).getTransform(p), s.getTransform(t.getTransform(p))));
   EXPECT_TRUE(near(after(s, &Affine::translate, 1, 0).getTransform(Vec2()), {3, 1})) << "extenders act first";
@@ -238,7 +234,6 @@ TEST(Affine, AnglesAreDegreesAndTheAnchorLandsOnThePosition) {
 TEST(Affine, InverseTreatsDeterminantsBelowOneMillionthAsSingularAndAverageScaleIsAFloat) {
   const auto scaled = [](double x, double y) { return Affine(x, 0, 0, y, 0, 0); };
   Affine out(1, 2, 3, 4, 5, 6);
-  EXPECT_TRUE(!scaled(0.999e-06, 1).inverse(out) && near(out, Affine(1, 2, 3, 4, 5, 6))) << "out untouched";
   EXPECT_TRUE(near(scaled(1e-04, 1e-04).getInverse(), Affine(true))) << "det 1e-08: the identity";
   EXPECT_TRUE(scaled(1e-06, 1).inverse(out) && scaled(-1e-06, 1).inverse(out)) << "exactly 1e-06 is inverted";
   // x' = 2x + 3y + 3, y' = x + 2y + 4 gives x = 2x' - 3y' + 6, y = -x' + 2y' - 5: no term is zero or mirrored.

@@ -4,13 +4,9 @@
 
 namespace Quillmere::Velmira {
 
-TEST(Float, DegreeConstantIsTheShortLiteralEqualIsInclusiveAndNegligibleStrict) {
-  EXPECT_TRUE(kDegToRad == 0.017453292519943 && kRadToDeg == 180.0 / M_PI && kTolerance == 1e-12) << "not pi/180";
-  EXPECT_TRUE(floatEqual(0.5, 0.25, 0.25) && floatEqual(0.0, -1e-12) && !floatEqual(1e9, 1e9 + 1e-6)) << "absolute";
-  EXPECT_TRUE(floatNegligible(-9.9e-13) && !floatNegligible(1e-12) && !floatNegligible(-1e-12)) << "strict";
-  EXPECT_EQ(Ints({floatSign(-2), floatSign(0), floatSign(3), floatSign(NAN)}), Ints({-1, 0, 1, 0}));
-  EXPECT_EQ(floatClamp(0.5, 1.0, 0.0), 1.0) << "low wins over high";
-}
+// The rest of Float.h is pinned where the types use it: the degree constant by a quarter turn of a Vec2, equality
+// and negligibility by the types' tolerance rules, the sign of 0 by oppositeQuadrant.
+TEST(Float, ClampLetsTheLowBoundWinOverTheHigh) { EXPECT_EQ(floatClamp(0.5, 1.0, 0.0), 1.0); }
 
 TEST(Vec2, ZeroLengthAnswersDifferByOperationAndAnglesAreSignedDegrees) {
   double px = 1e-13, py = 0;
@@ -28,7 +24,6 @@ TEST(Vec2, ZeroLengthAnswersDifferByOperationAndAnglesAreSignedDegrees) {
 }
 
 TEST(Vec2, ToleranceRulesDifferByTest) {
-  EXPECT_TRUE(Vec2(1, 0).equal(Vec2(1.5, 0), 0.5)) << "inclusive, by component";
   EXPECT_FALSE(Vec2::equalWithTolerance(Vec2(1, 0), Vec2(1.5, 0), 0.5)) << "strict, on the distance";
   EXPECT_TRUE(Vec2(1, 2) == Vec2(1 + 9e-13, 2 - 9e-13)) << "per component, unlike Vec4";
   EXPECT_TRUE(Vec2::isDuplicate(Vec2(1, 1), Vec2(0.76, 1.24)) && !Vec2::isDuplicate(Vec2(), Vec2(0.25, 0)));
@@ -80,7 +75,6 @@ TEST(Vec2, IntersectClassifiesEveryCaseAndAnchoringFlipsVectorsOnTheWrongSide) {
               Vec2::anchorInward(back, a, b));
   EXPECT_TRUE(near(away, {1, 0}) && near(across, {0, -1}) && near(back, {1, 0}));
   EXPECT_TRUE(near(Vec2::centerToTopLefetPoint({10, 20}, {100, 50}), {60, 5})) << "y flips";
-  EXPECT_TRUE(near(Vec2::topLeftToCenterPoint({60, 5}, {100, 50}), {10, 20}));
 }
 
 RC_GTEST_PROP(Vec2Property, RotationsUndoAndNormalizeGivesUnitLength, ()) {
@@ -92,8 +86,7 @@ RC_GTEST_PROP(Vec2Property, RotationsUndoAndNormalizeGivesUnitLength, ()) {
 }
 
 TEST(Vec3, ZeroLengthGoesAlongXAnglesAreRadiansAndTiesFavourTheLaterComponent) {
-  EXPECT_TRUE(near(after(Vec3(), &Vec3::normalize), {1, 0, 0}) && near(after(Vec3(), &Vec3::setLength, 3), {3, 0, 0}) &&
-              near(after(Vec3(5, 6, 7), &Vec3::transformDirection, Mat4(false)), {1, 0, 0}));
+  EXPECT_TRUE(near(after(Vec3(), &Vec3::normalize), {1, 0, 0}) && near(after(Vec3(), &Vec3::setLength, 3), {3, 0, 0}));
   Vec3 indexed;
   for (int index : {0, 1, 5, -1}) indexed.set(index, 10.0 + index);  // any index but 0 and 1 sets z
   EXPECT_TRUE(near(indexed, {10, 11, 9}));
@@ -112,7 +105,7 @@ TEST(Vec3, ZeroLengthGoesAlongXAnglesAreRadiansAndTiesFavourTheLaterComponent) {
   EXPECT_TRUE(near(Vec3(350, 0, 0).rotationalDifference(Vec3(10, 0, 0)), {340, 0, 0}));
 }
 
-TEST(Vec3, MatricesApplyThroughColumnMajorElementsAndQuaternionsUnnormalised) {
+TEST(Vec3, MatricesApplyThroughColumnMajorElements) {
   const Mat4 m(1, 0, 0, 0, 5, 1, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1, true);     // m[4] feeds y into x
   const Mat4 halfZ(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0.5, 0, 0, 0, 0, true);  // w = z / 2
   EXPECT_TRUE(near(after(Vec3(1, 2, 3), &Vec3::applyMatrix4, m), {21, 22, 33}) &&
@@ -120,9 +113,6 @@ TEST(Vec3, MatricesApplyThroughColumnMajorElementsAndQuaternionsUnnormalised) {
               near(after(Vec3(2, 4, 4), &Vec3::applyProjection, halfZ), {1, 2, 2}) &&
               near(after(Vec3(), &Vec3::setFromMatrixColumn, m, 1), {5, 1, 0}));
   EXPECT_EQ(after(Vec3(1, 2, 0), &Vec3::applyProjection, halfZ).x, INFINITY) << "no guard for w = 0";
-  // q v q* with q = (1, 1, 1, 1): a third of a turn about (1, 1, 1), taking x to y, y to z and z to x, scaled by
-  // |q|^2 = 4, for nothing normalises q.
-  EXPECT_TRUE(near(after(Vec3(1, 2, 3), &Vec3::applyQuaternion, Quaternion(1, 1, 1, 1)), {12, 4, 8}));
 }
 
 TEST(Vec4, EqualityIsByEuclideanDistanceAndLerpIsSphericalInSinglePrecision) {
