@@ -61,8 +61,7 @@ TEST(IdleQueue, TasksRunInPostingOrderOnePerUpdateAndAFailureLosesNoOtherTask) {
 
 // Producers post tasks while one consumer thread runs updateQueue: every task runs once.
 TEST(IdleQueue, ManyProducersOneConsumerLoseNoTaskAndRunNoneTwice) {
-  constexpr int kProducers = 4;
-  constexpr int kTasksEach = 400;
+  constexpr int kProducers = 4, kTasksEach = 400;
   IdleQueue queue;
   std::vector<int> runs(kProducers, 0);  // the consumer's alone until it is joined
   std::atomic<int> producing{kProducers};

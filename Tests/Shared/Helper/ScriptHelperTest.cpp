@@ -27,12 +27,11 @@ std::string gScriptRan;
 AEGP_MemHandle leave(const std::optional<std::string>& bytes) {
   AEGP_MemHandle handle = nullptr;
   void* data = nullptr;
-  if (!bytes || MemoryHandles::newHandle(0, "script", bytes->size(), AEGP_MemFlag_NONE, &handle) != A_Err_NONE ||
-      MemoryHandles::lockHandle(handle, &data) != A_Err_NONE) {
-    return nullptr;
+  if (bytes && MemoryHandles::newHandle(0, "script", bytes->size(), AEGP_MemFlag_NONE, &handle) == A_Err_NONE &&
+      MemoryHandles::lockHandle(handle, &data) == A_Err_NONE) {
+    std::memcpy(data, bytes->data(), bytes->size());
+    MemoryHandles::unlockHandle(handle);
   }
-  std::memcpy(data, bytes->data(), bytes->size());
-  MemoryHandles::unlockHandle(handle);
   return handle;
 }
 
