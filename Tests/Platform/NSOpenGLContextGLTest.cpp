@@ -3,9 +3,7 @@
 #include "NSOpenGLPixelFormat.h"
 
 #include <glbinding/Binding.h>
-#include <glbinding/gl/bitfield.h>
-#include <glbinding/gl/enum.h>
-#include <glbinding/gl/functions.h>
+#include <glbinding/gl/gl.h>
 
 #include <gtest/gtest.h>
 
