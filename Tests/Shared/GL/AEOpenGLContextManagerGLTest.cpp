@@ -37,7 +37,7 @@ TEST(AEOpenGLContextManager, ThreadsGetAKeyAndAContextEachReleasedInKeyOrderWith
   glBindTexture(GL_TEXTURE_2D, sharedTexture);
   glFinish();
   int keys[kThreads] = {};
-  AEOpenGLContext* first[kThreads] = {};
+  AEOpenGLContext *first[kThreads] = {}, *second[kThreads] = {};
   bool seesTexture[kThreads] = {};
   // All first calls start at once, as a host's render threads may make them.
   std::promise<void> go;
@@ -49,6 +49,7 @@ TEST(AEOpenGLContextManager, ThreadsGetAKeyAndAContextEachReleasedInKeyOrderWith
       first[i] = AEOpenGLContextManager::getCurrentRenderContext();
       keys[i] = AEOpenGLContextManager::currentThreadKey();
       seesTexture[i] = glIsTexture(sharedTexture) == GL_TRUE;
+      second[i] = AEOpenGLContextManager::getCurrentRenderContext();
       CGLSetCurrentContext(nullptr);  // so that the context can be destroyed at once
     });
   }
@@ -60,6 +61,7 @@ TEST(AEOpenGLContextManager, ThreadsGetAKeyAndAContextEachReleasedInKeyOrderWith
     ASSERT_NE(first[i], nullptr);
     byKey[keys[i]] = reinterpret_cast<EGLContext>(first[i]->cglContext());
     EXPECT_TRUE(seesTexture[i]);
+    EXPECT_EQ(second[i], first[i]) << "second call";
   }
   ASSERT_EQ(byKey.size(), std::size_t{kThreads}) << "distinct keys";
   EXPECT_EQ(byKey.begin()->first + kThreads - 1, byKey.rbegin()->first) << "keys handed out one after another";
