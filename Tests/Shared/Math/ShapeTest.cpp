@@ -73,7 +73,7 @@ TEST(Box3, EmptyMaxIsTheSmallestPositiveNormalGrowingKeepsThatFloorAndFacesAreIn
   EXPECT_TRUE(near(Box3(), empty) && near(after(unit, &Box3::makeEmpty), empty) && Box3().isEmpty());
   EXPECT_TRUE(near(after(Box3(), &Box3::setFromPoints, points, 2), {points[1], points[0]})) << "no floor here";
   EXPECT_TRUE(near(after(Box3(), &Box3::setFromArray, floats, 6), {{-1, -3, -4}, {0.10000000149011612, 5, tiny}}));
-  // Only an inverted box or one at the origin is empty, and faces are inside.
+  // Faces are inside, and boxes that share one intersect.
   const Box3 face({1, 0, 0}, {2, 1, 1}), apart({1.1, 0, 0}, {2, 1, 1});
   EXPECT_TRUE(unit.containsPoint({1, 1, 1}) && !unit.containsPoint({0.5, 1.0000001, 0.5}) && unit.containsBox(unit));
   EXPECT_TRUE(unit.intersectsBox(face) && face.intersectsBox(unit) && !unit.intersectsBox(apart));
