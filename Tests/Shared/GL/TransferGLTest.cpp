@@ -76,7 +76,7 @@ TEST(Transfer, EveryDepthComesBackUnchangedThroughPaddedRowsAndAFailureThrowsIts
   const GLFixture::LiveObjects before = GLFixture::liveObjects();
   for (const int error : {0, int{PF_Err_OUT_OF_MEMORY}}) {
     for (const bool download : {false, true}) {
-      SCOPED_TRACE(std::string(download ? "download" : "upload") + (error ? ", iteration failing" : ""));
+      SCOPED_TRACE(std::string(download ? "download" : "upload") + (error ? ", iteration failing" : ", bad format"));
       const int format = error ? PF_PixelFormat_ARGB128 : PF_PixelFormat_INVALID;
       if (error) calls.failCall("iterateFloat.iterate", calls.count("iterateFloat.iterate") + 1, error);
       try {
