@@ -34,11 +34,5 @@ TEST(SkinShaderText, SizesWithTheSameHalfWidthGiveTheSameText) {
   EXPECT_NE(VelmiraRender::fragmentSource(2.0f), VelmiraRender::fragmentSource(3.0f));
 }
 
-TEST(SkinShaderText, VertexTextIsTwoLinesWithoutFinalLineFeed) {
-  EXPECT_EQ(VelmiraRender::vertexSource(),
-            "#version 330\nin vec2 position; in vec2 input_uv; out vec2 uv; void main() {uv = input_uv; "
-            "gl_Position = vec4(position, 0.0, 1.0); }");
-}
-
 }  // namespace
 }  // namespace Quillmere::Velmira
