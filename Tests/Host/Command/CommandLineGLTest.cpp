@@ -52,6 +52,13 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   fixtures.makeTruncated(picture, "half.png");
   fixtures.makeTruncated(video, "half.mp4", 0.3);
   fixtures.makeCorrupt(video, "noise.mp4");
+  MediaFixtures::Video mkv;
+  mkv.name = "clip.mkv";
+  fixtures.makeTruncated(fixtures.makeVideo(mkv), "half.mkv", 0.6);  // demuxes cleanly up to the cut
+  fixtures.makeSequence("gap/g_%03d.png", 1, 3, 4, 4);
+  fs::remove(fixtures.path("gap/g_002.png"));
+  fixtures.makeSequence("odd/o_%04d.png", 1, 1, 24, 16);
+  fixtures.makePicture({"odd/o_0002.png", 9, 16});
   writeFile(fixtures.path("notes.png"), "these are not pixels\n");
   writeFile(fixtures.path("empty.png"), "");
   fs::create_directories(fixtures.path("folder.png"));
@@ -107,7 +114,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "f_0000.png", "-o", "f_%04d.png"}, 2, "f_0000.png is the input"},
       {{"render", "p.png", "-o", kept, "--compare", "p.png"}, 2, "p.png is the input"},
       {{"render", "p.png", "-o", "new.png", "--compare", "./new.png"}, 2, "--compare ./new.png is also the output"},
-      // Failures: exit 1, naming the file.
+      // Failures: exit 1, naming the file at fault: the input, or the file of a sequence.
       {{"render", "absent.png", "-o", kept}, 1, "absent.png"},
       {{"render", "half.png", "-o", kept}, 1, "half.png"},
       {{"render", "half.mp4", "-o", kept}, 1, "half.mp4"},
@@ -115,6 +122,10 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "notes.png", "-o", kept}, 1, "notes.png"},
       {{"render", "empty.png", "-o", kept}, 1, "empty.png"},
       {{"render", "folder.png", "-o", kept}, 1, "folder.png"},
+      {{"render", "half.mkv", "-o", kept}, 1, "half.mkv: truncated"},
+      {{"render", "none_%04d.png", "-o", kept}, 1, "none_%04d.png"},
+      {{"render", "gap/g_%03d.png", "-o", kept}, 1, "gap/g_002.png"},
+      {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A plug-in that disagrees with its property list is refused.
