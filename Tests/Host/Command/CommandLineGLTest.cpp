@@ -20,12 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Case {
-  std::vector<std::string> arguments;
-  int exitCode;
-  std::string shown;  // on stdout after a success, on stderr after a failure
-};
-
 // A copy of the plug-in whose property list has one line changed (or is missing).
 std::string pluginWithList(const MediaFixtures& fixtures, const std::string& name, const std::string& from,
                            const std::string& to) {
@@ -63,21 +57,21 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   writeFile(fixtures.path("empty.png"), "");
   fs::create_directories(fixtures.path("folder.png"));
   const std::string kept = "kept.png";
-  const std::string version = fmt::format("Version = {:#x}", Version::kEffectVersion);
+  const std::string ours = fmt::format("{:#x}", Version::kEffectVersion);  // the version global setup declares
   const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
 
-  const std::string badVersion = pluginWithList(fixtures, "version", version, "Version = 0x1");
+  const std::string badVersion = pluginWithList(fixtures, "version", "Version = " + ours, "Version = 0x1");
   const std::string badFlags = pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000");
   const std::string badFlags2 = pluginWithList(fixtures, "flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400");
   const std::string badEntry = pluginWithList(fixtures, "entry", "EntryPointFunc", "PluginMain");
   const std::string noKey = pluginWithList(fixtures, "nokey", "MatchName = Quillmere Velmira", "");
   const std::string noList = pluginWithList(fixtures, "missing", "", "");
-  const std::string declared = fmt::format(
-      "the list declares version 0x1, flags 0x0 and 0x400, but global setup "
-      "declared version {:#x}",
-      Version::kEffectVersion);
-  // clang-format off
-  const Case cases[] = {
+  const struct {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string shown;  // on stdout after a success, on stderr after a failure
+  } cases[] = {
+      // clang-format off
       {{"--help"}, 0, "Usage:"},
       {{"about", "--help"}, 0, "Usage:"},
       {{"params", "--help"}, 0, "Usage:"},
@@ -129,18 +123,18 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A plug-in that disagrees with its property list is refused.
-      {{"--plugin", badVersion, "about"}, 1, declared},
+      {{"--plugin", badVersion, "about"}, 1, "declares version 0x1, flags 0x0 and 0x400, but global setup declared version " + ours},
       {{"--plugin", badFlags, "about"}, 1, "flags 0x2000000 and 0x400"},
       {{"--plugin", badFlags2, "about"}, 1, "flags 0x0 and 0x1400"},
       {{"--plugin", badEntry, "about"}, 1, "has no entry 'PluginMain'"},
       {{"--plugin", noKey, "about"}, 1, "has no 'MatchName'"},
       {{"--plugin", noList, "about"}, 1, "cannot read the plug-in's property list"},
+      // clang-format on
   };
-  // clang-format on
   const std::vector<std::string> inputs = {picture, video, fixtures.path("seq/f_7.png"), fixtures.path("f_0000.png")};
   std::vector<std::string> before;
   for (const std::string& input : inputs) before.push_back(readFile(input));
-  for (const Case& run : cases) {
+  for (const auto& run : cases) {
     std::string line;
     for (const std::string& argument : run.arguments) line += " " + fs::path(argument).filename().string();
     SCOPED_TRACE("velmira" + line);
