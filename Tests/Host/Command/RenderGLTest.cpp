@@ -3,7 +3,6 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Support/MediaFiles.h"
