@@ -101,31 +101,5 @@ TEST(VelmiraRender, KeyframesReachThePluginAtEachFramesTimeAndTheComparePictureH
   EXPECT_TRUE(sameOutsideMarker(frames[10], readFrames(fixtures.path("flat/f_10.png")).front()));
 }
 
-// A video keeps its rate (NTSC's 30000/1001 here), the spacing of its timestamps and its audio; --frames renders
-// only those frames, each the source frame of its number.
-TEST(VelmiraRender, VideoRangeKeepsRateTimestampsAndAudio) {
-  MediaFixtures fixtures;
-  MediaFixtures::Video clip;
-  clip.rateNum = 30000;
-  clip.rateDen = 1001;
-  std::string input = fixtures.makeVideo(clip);
-  // Without whitening a uniform grey block comes through the blur as it was.
-  VelmiraRun run = VelmiraRun::run(
-      {"render", input, "-o", "part.mp4", "--frames", "3-6", "--skin-whiten", "0", "--quiet"}, fixtures.folder());
-  ASSERT_EQ(run.exitCode, 0) << run.err;
-  MediaInfo in, out;
-  readFrames(input, &in);
-  std::vector<ArgbFrame> frames = readFrames(fixtures.path("part.mp4"), &out);
-  ASSERT_EQ(frames.size(), 4u);
-  EXPECT_EQ(out.frameRate, in.frameRate) << out.frameRate.num << "/" << out.frameRate.den;
-  EXPECT_EQ(out.otherStreamCount, 1) << "the audio stream was dropped";
-  for (int i = 0; i < 4; ++i) {
-    // The grey marker tells which source frame this is; markers lie 24 levels apart and
-    // H.264 moves a flat block by a few levels at most.
-    EXPECT_NEAR(channel(frames[i], 8, 8, 1), MediaFixtures::frameMarker(3 + i), 6) << "frame " << i;
-    EXPECT_NEAR(frames[i].timeSeconds, i * 1001 / 30000.0, 1e-6) << "frame " << i;
-  }
-}
-
 }  // namespace
 }  // namespace Quillmere::Velmira
