@@ -9,8 +9,6 @@
 #include <ostream>
 #include <string>
 
-#include <glbinding/gl/gl.h>
-
 #include "Core/EffectHost.h"
 #include "GL/OpenglShader.h"
 #include "Media/MediaReader.h"
@@ -109,7 +107,6 @@ TEST(SkinShader, TextOfEveryBlurSizeCompilesAndLinks) {
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "compile or link messages";
     EXPECT_NE(shader.getUniformLocation("videoTexture"), -1) << "no program was linked";
-    gl::glUseProgram(0);
   }
 }
 
