@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "Core/CallRecorder.h"
 #include "Core/EffectHost.h"
@@ -23,15 +22,15 @@ protected:
   VelmiraRender render;
 };
 
-// Each slider is checked out at the frame's time and checked back in. "Skin Whiten" keyed from 0 % at 0 s to 100 %
-// at 1 s is read at 0.5 s; sliders 2 to 5 are divided by 100 in single precision after the conversion (0.7 tells
-// that apart from a division in double), and the blur size is kept unscaled.
+// Each slider is read at the frame's time and checked back in: "Skin Blur" keyed from 0 at 0 s to 18.8 at 1 s and
+// "Skin Whiten" from 0 % to 100 % are read at 0.5 s. Sliders 2 to 5 are divided by 100 in single precision after the
+// conversion (0.7 tells that apart from a division in double), and the blur size is kept unscaled.
 TEST_F(VelmiraRenderTest, PreapreaReadsEachSliderAtTheFrameTimeAsASinglePrecisionQuotient) {
-  ReferenceSliders{9.4, 30, 0, 0.7, 0}.applyTo(host);
+  ReferenceSliders{0, 30, 0, 0.7, 0}.applyTo(host);
+  host.setTrack(0, ParamTrack::parse("0@0,18.8@1"));
   host.setTrack(2, ParamTrack::parse("0@0,100@1"));
   host.setFrameRate(24);
   host.setTime(FrameTime{300, 5, 600});
-  const std::size_t before = calls.calls().size();
   ASSERT_EQ(preaprea(), PF_Err_NONE);
   EXPECT_EQ(render.blurSize(), 9.4f);
   EXPECT_EQ(render.skinColorRange(), 30.0f / 100.0f);
@@ -39,20 +38,6 @@ TEST_F(VelmiraRenderTest, PreapreaReadsEachSliderAtTheFrameTimeAsASinglePrecisio
   EXPECT_EQ(render.redden(), static_cast<float>(0.7) / 100.0f);
   ASSERT_NE(render.redden(), static_cast<float>(0.7 / 100.0)) << "0.7 no longer tells the two divisions apart";
   EXPECT_EQ(render.pinking(), 0.0f);
-
-  std::vector<std::string> sequence;
-  const std::vector<CallRecorder::Call> all = calls.calls();
-  for (std::size_t i = before; i < all.size(); ++i) {
-    std::string numbers;
-    for (std::int64_t n : all[i].numbers) numbers += " " + std::to_string(n);
-    sequence.push_back(all[i].name + numbers);
-  }
-  std::vector<std::string> expected;
-  for (int index = 1; index <= 5; ++index) {
-    expected.push_back("checkout_param " + std::to_string(index) + " 300 5 600");
-    expected.push_back("checkin_param");
-  }
-  EXPECT_EQ(sequence, expected);
   EXPECT_EQ(host.openParamCheckouts(), 0);
 }
 

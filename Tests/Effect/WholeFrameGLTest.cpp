@@ -9,8 +9,6 @@
 #include <ostream>
 #include <string>
 
-#include <glbinding/gl/gl.h>
-
 #include "Core/EffectHost.h"
 #include "GL/OpenglShader.h"
 #include "Media/MediaReader.h"
@@ -104,17 +102,11 @@ TEST(SkinShader, TextOfEveryBlurSizeCompilesAndLinks) {
   for (int size = 0; size <= 29; size += size == 0 ? 1 : 2) {
     SCOPED_TRACE("Skin Blur " + std::to_string(size));
     OpenglShader shader(VelmiraRender::vertexSource(), VelmiraRender::fragmentSource(static_cast<float>(size)));
-    shader.addAttributeBinding("position", 0);
     testing::internal::CaptureStdout();
     shader.useProgram();
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "compile or link messages";
-    gl::GLint program = 0;
-    gl::glGetIntegerv(gl::GL_CURRENT_PROGRAM, &program);
-    EXPECT_NE(program, 0);
-    EXPECT_EQ(shader.getAttributeLocation("position"), 0);
-    EXPECT_NE(shader.getUniformLocation("videoTexture"), -1);
-    gl::glUseProgram(0);
+    EXPECT_NE(shader.getUniformLocation("videoTexture"), -1) << "no program was linked";
   }
 }
 

@@ -20,12 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Case {
-  std::vector<std::string> arguments;
-  int exitCode;
-  std::string shown;  // on stdout after a success, on stderr after a failure
-};
-
 // A copy of the plug-in whose property list has one line changed (or is missing).
 std::string pluginWithList(const MediaFixtures& fixtures, const std::string& name, const std::string& from,
                            const std::string& to) {
@@ -52,25 +46,32 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   fixtures.makeTruncated(picture, "half.png");
   fixtures.makeTruncated(video, "half.mp4", 0.3);
   fixtures.makeCorrupt(video, "noise.mp4");
+  MediaFixtures::Video mkv;
+  mkv.name = "clip.mkv";
+  fixtures.makeTruncated(fixtures.makeVideo(mkv), "half.mkv", 0.6);  // demuxes cleanly up to the cut
+  fixtures.makeSequence("gap/g_%03d.png", 1, 3, 4, 4);
+  fs::remove(fixtures.path("gap/g_002.png"));
+  fixtures.makeSequence("odd/o_%04d.png", 1, 1, 24, 16);
+  fixtures.makePicture({"odd/o_0002.png", 9, 16});
   writeFile(fixtures.path("notes.png"), "these are not pixels\n");
   writeFile(fixtures.path("empty.png"), "");
   fs::create_directories(fixtures.path("folder.png"));
   const std::string kept = "kept.png";
-  const std::string version = fmt::format("Version = {:#x}", Version::kEffectVersion);
+  const std::string ours = fmt::format("{:#x}", Version::kEffectVersion);  // the version global setup declares
   const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
 
-  const std::string badVersion = pluginWithList(fixtures, "version", version, "Version = 0x1");
+  const std::string badVersion = pluginWithList(fixtures, "version", "Version = " + ours, "Version = 0x1");
   const std::string badFlags = pluginWithList(fixtures, "flags", "OutFlags = 0", "OutFlags = 0x2000000");
   const std::string badFlags2 = pluginWithList(fixtures, "flags2", "OutFlags2 = 0x400", "OutFlags2 = 0x1400");
   const std::string badEntry = pluginWithList(fixtures, "entry", "EntryPointFunc", "PluginMain");
   const std::string noKey = pluginWithList(fixtures, "nokey", "MatchName = Quillmere Velmira", "");
   const std::string noList = pluginWithList(fixtures, "missing", "", "");
-  const std::string declared = fmt::format(
-      "the list declares version 0x1, flags 0x0 and 0x400, but global setup "
-      "declared version {:#x}",
-      Version::kEffectVersion);
-  // clang-format off
-  const Case cases[] = {
+  const struct {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string shown;  // on stdout after a success, on stderr after a failure
+  } cases[] = {
+      // clang-format off
       {{"--help"}, 0, "Usage:"},
       {{"about", "--help"}, 0, "Usage:"},
       {{"params", "--help"}, 0, "Usage:"},
@@ -107,7 +108,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "f_0000.png", "-o", "f_%04d.png"}, 2, "f_0000.png is the input"},
       {{"render", "p.png", "-o", kept, "--compare", "p.png"}, 2, "p.png is the input"},
       {{"render", "p.png", "-o", "new.png", "--compare", "./new.png"}, 2, "--compare ./new.png is also the output"},
-      // Failures: exit 1, naming the file.
+      // Failures: exit 1, naming the file at fault: the input, or the file of a sequence.
       {{"render", "absent.png", "-o", kept}, 1, "absent.png"},
       {{"render", "half.png", "-o", kept}, 1, "half.png"},
       {{"render", "half.mp4", "-o", kept}, 1, "half.mp4"},
@@ -115,21 +116,25 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "notes.png", "-o", kept}, 1, "notes.png"},
       {{"render", "empty.png", "-o", kept}, 1, "empty.png"},
       {{"render", "folder.png", "-o", kept}, 1, "folder.png"},
+      {{"render", "half.mkv", "-o", kept}, 1, "half.mkv: truncated"},
+      {{"render", "none_%04d.png", "-o", kept}, 1, "none_%04d.png"},
+      {{"render", "gap/g_%03d.png", "-o", kept}, 1, "gap/g_002.png"},
+      {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A plug-in that disagrees with its property list is refused.
-      {{"--plugin", badVersion, "about"}, 1, declared},
+      {{"--plugin", badVersion, "about"}, 1, "declares version 0x1, flags 0x0 and 0x400, but global setup declared version " + ours},
       {{"--plugin", badFlags, "about"}, 1, "flags 0x2000000 and 0x400"},
       {{"--plugin", badFlags2, "about"}, 1, "flags 0x0 and 0x1400"},
       {{"--plugin", badEntry, "about"}, 1, "has no entry 'PluginMain'"},
       {{"--plugin", noKey, "about"}, 1, "has no 'MatchName'"},
       {{"--plugin", noList, "about"}, 1, "cannot read the plug-in's property list"},
+      // clang-format on
   };
-  // clang-format on
   const std::vector<std::string> inputs = {picture, video, fixtures.path("seq/f_7.png"), fixtures.path("f_0000.png")};
   std::vector<std::string> before;
   for (const std::string& input : inputs) before.push_back(readFile(input));
-  for (const Case& run : cases) {
+  for (const auto& run : cases) {
     std::string line;
     for (const std::string& argument : run.arguments) line += " " + fs::path(argument).filename().string();
     SCOPED_TRACE("velmira" + line);

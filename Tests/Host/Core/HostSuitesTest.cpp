@@ -74,28 +74,10 @@ TEST_F(HostSuites, HandlesAreZeroedResizableAndCounted) {
   basic->ReleaseSuite(kPFHandleSuite, kPFHandleSuiteVersion1);
 }
 
-TEST_F(HostSuites, MemoryHandlesUnknownOrFreedAreRefusedNotTrusted) {
-  const auto* memory = acquire<AEGP_MemorySuite1>(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-  std::size_t before = EffectHost::liveHandles();
-  AEGP_MemHandle handle = nullptr;
-  ASSERT_EQ(memory->AEGP_NewMemHandle(0, "test", 8, AEGP_MemFlag_CLEAR, &handle), A_Err_NONE);
-  EXPECT_EQ(EffectHost::liveHandles(), before + 1);
-  void* pointer = nullptr;
-  EXPECT_EQ(memory->AEGP_LockMemHandle(handle, &pointer), A_Err_NONE);
-  EXPECT_NE(pointer, nullptr);
-  EXPECT_EQ(memory->AEGP_ResizeMemHandle("test", 64, handle), A_Err_GENERIC) << "a locked block must not move";
-  EXPECT_EQ(memory->AEGP_UnlockMemHandle(handle), A_Err_NONE);
-  EXPECT_EQ(memory->AEGP_FreeMemHandle(handle), A_Err_NONE);
-  EXPECT_EQ(EffectHost::liveHandles(), before);
-  EXPECT_EQ(memory->AEGP_FreeMemHandle(handle), A_Err_PARAMETER) << "freed twice";
-  EXPECT_EQ(memory->AEGP_LockMemHandle(nullptr, &pointer), A_Err_PARAMETER);
-  EXPECT_EQ(pointer, nullptr) << "a failed lock gives no pointer";
-  basic->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
-}
-
-// A script is answered with an error and the reason in a memory handle, never with a result handle; the script
-// bridge then gives an empty result and leaves no handle or suite held.
-TEST_F(HostSuites, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
+// A script is answered with an error and the reason in a memory handle, never with a result handle. That handle is
+// counted, cannot move while locked, and is refused once freed, as is any handle that is not live: never trusted. The
+// script bridge then gives an empty result and leaves no handle or suite held.
+TEST_F(HostSuites, ExecuteScriptAnswersWithAnErrorTextInAMemoryHandleRefusedOnceFreed) {
   const auto* utility = acquire<AEGP_UtilitySuite5>(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5);
   const auto* memory = acquire<AEGP_MemorySuite1>(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
   std::size_t before = EffectHost::liveHandles();
@@ -103,11 +85,17 @@ TEST_F(HostSuites, ExecuteScriptAnswersWithAnErrorTextAndNoResult) {
   AEGP_MemHandle error = nullptr;
   EXPECT_NE(utility->AEGP_ExecuteScript(0, "1 + 1", 0, &result, &error), A_Err_NONE);
   EXPECT_EQ(result, nullptr);
+  EXPECT_EQ(EffectHost::liveHandles(), before + 1);
   void* text = nullptr;
   ASSERT_EQ(memory->AEGP_LockMemHandle(error, &text), A_Err_NONE);
   EXPECT_STREQ(static_cast<const char*>(text), ScriptlessUtility::kNoScriptEngineText);
-  memory->AEGP_UnlockMemHandle(error);
-  memory->AEGP_FreeMemHandle(error);
+  EXPECT_EQ(memory->AEGP_ResizeMemHandle("test", 64, error), A_Err_GENERIC) << "a locked block must not move";
+  EXPECT_EQ(memory->AEGP_UnlockMemHandle(error), A_Err_NONE);
+  EXPECT_EQ(memory->AEGP_FreeMemHandle(error), A_Err_NONE);
+  EXPECT_EQ(EffectHost::liveHandles(), before);
+  EXPECT_EQ(memory->AEGP_FreeMemHandle(error), A_Err_PARAMETER) << "freed twice";
+  EXPECT_EQ(memory->AEGP_LockMemHandle(nullptr, &text), A_Err_PARAMETER);
+  EXPECT_EQ(text, nullptr) << "a failed lock gives no pointer";
   basic->ReleaseSuite(kAEGPMemorySuite, kAEGPMemorySuiteVersion1);
   basic->ReleaseSuite(kAEGPUtilitySuite, kAEGPUtilitySuiteVersion5);
 
