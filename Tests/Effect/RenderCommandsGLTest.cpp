@@ -90,6 +90,8 @@ TEST_F(RenderCommands, OneFrameRunsUploadSkinPassResolveScreenPassReadBackInOrde
                           "glDrawArrays",     "glDeleteTextures",
                           "glReadPixels"};
   EXPECT_EQ(among(log.names(), expected), expected);
+  // Both passes sample the frame from texture unit 0 and leave it bound there.
+  EXPECT_EQ(log.only({"glActiveTexture"}), Names(2, "glActiveTexture(GL_TEXTURE0)"));
   Names names = calls.names();
   names.erase(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(before));
   const Names bracket = {"checkout_layer_pixels", "checkout_output", "checkout_param", "HandleSuite.host_new_handle"};

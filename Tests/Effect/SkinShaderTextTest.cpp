@@ -1,5 +1,5 @@
-// The skin shader's texts, pinned whole for the size without a blur and for the smallest kernel by golden files;
-// see golden/README.md for how they were made.
+// The skin shader's texts: the vertex text word for word, the fragment text for the size without a blur and for the
+// smallest kernel by golden files (see golden/README.md for how they were made).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -26,6 +26,12 @@ TEST(SkinShaderText, FragmentTextsOfEachHalfWidthEqualItsGoldenFile) {
       std::ofstream(goldenPath(golden), std::ios::binary) << text;
     EXPECT_EQ(text, readFile(goldenPath(golden))) << "Skin Blur " << size << " against " << goldenPath(golden);
   }
+}
+
+TEST(SkinShaderText, VertexTextIsTwoLinesWithoutFinalLineFeed) {
+  EXPECT_EQ(VelmiraRender::vertexSource(),
+            "#version 330\nin vec2 position; in vec2 input_uv; out vec2 uv; void main() {uv = input_uv; "
+            "gl_Position = vec4(position, 0.0, 1.0); }");
 }
 
 }  // namespace
