@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include "Command/JoinJob.h"
 #include "Command/Locations.h"
 #include "Command/RenderJob.h"
 #include "Core/EffectHost.h"
@@ -116,14 +117,14 @@ void fillDefaults(RenderJob::Request& request, const char* suffix) {
 }  // namespace
 
 void VelmiraCommand::refuseUnknownVerb(int argc, char** argv) {
-  static const char* const kVerbs[] = {"about", "params", "render", "mask"};
+  static const char* const kVerbs[] = {"about", "params", "render", "mask", "join"};
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     if (arg == "--") return;
     if (arg == "--plugin") ++i;
     if (arg.rfind('-', 0) == 0) continue;
     if (std::find(std::begin(kVerbs), std::end(kVerbs), arg) != std::end(kVerbs)) return;
-    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render or mask", arg));
+    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render, mask or join", arg));
   }
 }
 
@@ -236,6 +237,17 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   std::size_t rangeSlider = rangeSliderIndex(host);
   addSliderFlag(*maskVerb, host.sliders()[rangeSlider], maskFlags, rangeSlider);
 
+  JoinJob::Request join;
+  CLI::App* joinVerb = app.add_subcommand(
+      "join", "Put ranges rendered apart (render --frames) together as one output, without encoding again");
+  joinVerb->add_option("--source", join.source, "The input the segments were rendered from")->required();
+  joinVerb->add_option("-o,--output", join.output, "The joined video, or sequence pattern")->required();
+  joinVerb->add_option("segments", join.segments, "The rendered ranges, in the order of their frames")->required();
+  std::string joinFramesText;
+  CLI::Option* joinFramesOption =
+      joinVerb->add_option("--frames", joinFramesText, "The frames A-B the segments cover (default: all)");
+  joinVerb->add_flag("-q,--quiet", join.quiet, "No messages but errors");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -267,6 +279,9 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     mask.frames = frames(maskFramesOption, maskFramesText);
     fillDefaults(mask, "-mask");
     RenderJob(host, mask).mask(rangeSlider);
+  } else if (*joinVerb) {
+    join.frames = frames(joinFramesOption, joinFramesText);
+    JoinJob(join).run();
   }
   return kSuccess;
 }

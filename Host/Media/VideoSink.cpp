@@ -24,6 +24,8 @@ VideoSink::VideoSink(const std::string& path, const MediaInfo& source, int crf)
   if (avformat_alloc_output_context2(&raw, nullptr, nullptr, path.c_str()) < 0 || !raw)
     fail("unknown video format '" + ext + "'");
   mOutput.reset(raw);
+  // Where the frames sit in their source, so that `velmira join` can place a range rendered on its own.
+  av_dict_set_int(&mOutput->metadata, kFirstFrameTag, source.frames().first, 0);
   mTimeBase = AVRational{source.timeBase.num, source.timeBase.den};
   if (mTimeBase.num <= 0 || mTimeBase.den <= 0) mTimeBase = AVRational{source.frameRate.den, source.frameRate.num};
   mFrameDuration =
@@ -95,7 +97,11 @@ void VideoSink::addVideoStream() {
 void VideoSink::openOutput() {
   int err = avio_open(&mOutput->pb, mFile.path().c_str(), AVIO_FLAG_WRITE);
   if (err < 0) fail("cannot be written: " + ffmpegErrorText(err));
-  err = avformat_write_header(mOutput.get(), nullptr);
+  // MP4 and MOV keep a tag of our own only when asked to; Matroska always does.
+  AVDictionary* options = nullptr;
+  av_dict_set(&options, "movflags", "use_metadata_tags", 0);
+  err = avformat_write_header(mOutput.get(), &options);
+  av_dict_free(&options);
   if (err < 0) fail("cannot start the file: " + ffmpegErrorText(err));
   mHeaderWritten = true;
 }

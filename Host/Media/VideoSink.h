@@ -18,6 +18,9 @@ public:
   VideoSink(const std::string& path, const MediaInfo& source, int crf);
   ~VideoSink() override;
 
+  // The container tag holding the number of the first frame written, as the source counts it.
+  static constexpr const char* kFirstFrameTag = "velmira_first_frame";
+
   // True for the extensions the sink writes.
   static bool writes(const std::string& extension);
 

@@ -3,6 +3,7 @@
 // were, and so is an output that a failed run was given; no temporary file is left behind.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -56,6 +57,19 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   writeFile(fixtures.path("notes.png"), "these are not pixels\n");
   writeFile(fixtures.path("empty.png"), "");
   fs::create_directories(fixtures.path("folder.png"));
+  MediaFixtures::Video broad;
+  broad.name = "broad.mp4";
+  broad.width = 96;
+  fixtures.makeVideo(broad);
+  // Segments for join: frames 0-3, 4-9, 5-9 and 6-9 of the clip, and 4-9 of a broader one.
+  for (const auto& [input, frames, segment] : {std::array<std::string, 3>{video, "0-3", "a.mp4"},
+                                               {video, "4-9", "b.mp4"},
+                                               {video, "5-9", "c.mp4"},
+                                               {video, "6-9", "d.mp4"},
+                                               {"broad.mp4", "4-9", "w.mp4"}}) {
+    ASSERT_EQ(VelmiraRun::run({"render", input, "--frames", frames, "-o", segment, "-q"}, fixtures.folder()).exitCode,
+              0);
+  }
   const std::string kept = "kept.png";
   const std::string ours = fmt::format("{:#x}", Version::kEffectVersion);  // the version global setup declares
   const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
@@ -122,6 +136,16 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
+      // A join refuses segments that leave frames out, overlap or differ, naming the segment.
+      {{"join", "--source", video, "-o", "j.mp4", "a.mp4", "d.mp4"}, 1, "d.mp4: starts at frame 6, but a.mp4 ends at frame 3: frames 4-5 are in no segment"},
+      {{"join", "--source", video, "-o", "j.mp4", "a.mp4", "b.mp4", "c.mp4"}, 1, "c.mp4: starts at frame 5, inside b.mp4 (frames 4-9)"},
+      {{"join", "--source", video, "-o", "j.mp4", "a.mp4", "w.mp4"}, 1, "w.mp4: is h264 96x48, where a.mp4 is h264 64x48"},
+      {{"join", "--source", video, "-o", "j.mp4", "b.mp4"}, 1, "b.mp4: starts at frame 4, where the frames to join (frames 0-9 of"},
+      {{"join", "--source", video, "-o", "j.mp4", "a.mp4"}, 1, "a.mp4: ends at frame 3, where the frames to join"},
+      {{"join", "--source", video, "-o", "j.mp4", "a.mp4", video}, 1, "clip.mp4: states no first frame"},
+      {{"join", "--source", "seq/f_%d.png", "-o", "j_%d.png", "gap/g_%03d.png"}, 1, "gap/g_002.png: missing from the sequence"},
+      {{"join", "--source", video, "-o", "j.png", "a.mp4"}, 2, "the output of a join is a video or a numbered sequence"},
+      {{"join", "--source", video, "-o", "j_%02d.png", "a.mp4"}, 2, "a.mp4: a segment of j_%02d.png is a sequence pattern too"},
       // A plug-in that disagrees with its property list is refused.
       {{"--plugin", badVersion, "about"}, 1, "declares version 0x1, flags 0x0 and 0x400, but global setup declared version " + ours},
       {{"--plugin", badFlags, "about"}, 1, "flags 0x2000000 and 0x400"},
@@ -154,6 +178,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
     }
   }
   EXPECT_FALSE(fs::exists(fixtures.path("late.mp4")));
+  EXPECT_FALSE(fs::exists(fixtures.path("j.mp4")));
   EXPECT_FALSE(fs::exists(fixtures.path("new.png")));
 }
 
