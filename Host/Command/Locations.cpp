@@ -7,10 +7,15 @@ namespace Quillmere::Velmira {
 
 namespace fs = std::filesystem;
 
-std::string Locations::executableDirectory() {
+std::string Locations::executable() {
   std::error_code error;
   fs::path self = fs::read_symlink("/proc/self/exe", error);
-  return error ? std::string(".") : self.parent_path().string();
+  return error ? std::string("velmira") : self.string();
+}
+
+std::string Locations::executableDirectory() {
+  fs::path self = executable();
+  return self.has_parent_path() ? self.parent_path().string() : std::string(".");
 }
 
 std::string Locations::defaultPlugin() {

@@ -11,6 +11,7 @@ namespace Quillmere::Velmira {
 //   sample:   <bin>/../share/velmira/samples/astronaut.png
 class Locations {
 public:
+  static std::string executable();
   static std::string executableDirectory();
   static std::string defaultPlugin();
   static std::string sample();

@@ -12,6 +12,7 @@
 #include "Command/JoinJob.h"
 #include "Command/Locations.h"
 #include "Command/RenderJob.h"
+#include "Command/SlurmSubmission.h"
 #include "Core/EffectHost.h"
 #include "Core/HostError.h"
 #include "Core/ParamTrack.h"
@@ -44,6 +45,15 @@ std::string sliderHelp(const SliderDefinition& slider) {
 void addSliderFlag(CLI::App& verb, const SliderDefinition& slider, SliderFlags& flags, std::size_t i) {
   flags.options[i] =
       verb.add_option("--" + slider.flagName(), flags.texts[i], sliderHelp(slider))->type_name("VALUE|KEYS");
+}
+
+// The slider flags given, as a render on another machine takes them.
+std::vector<std::string> sliderArguments(const EffectHost& host, const SliderFlags& flags) {
+  std::vector<std::string> arguments;
+  for (std::size_t i = 0; i < flags.options.size(); ++i)
+    if (flags.options[i] && flags.options[i]->count())
+      arguments.push_back(fmt::format("--{}={}", host.sliders()[i].flagName(), flags.texts[i]));
+  return arguments;
 }
 
 // Keyframe texts become tracks; a bad one is a usage error that names the flag and slider.
@@ -117,14 +127,14 @@ void fillDefaults(RenderJob::Request& request, const char* suffix) {
 }  // namespace
 
 void VelmiraCommand::refuseUnknownVerb(int argc, char** argv) {
-  static const char* const kVerbs[] = {"about", "params", "render", "mask", "join"};
+  static const char* const kVerbs[] = {"about", "params", "render", "mask", "join", "submit"};
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     if (arg == "--") return;
     if (arg == "--plugin") ++i;
     if (arg.rfind('-', 0) == 0) continue;
     if (std::find(std::begin(kVerbs), std::end(kVerbs), arg) != std::end(kVerbs)) return;
-    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render, mask or join", arg));
+    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render, mask, join or submit", arg));
   }
 }
 
@@ -248,6 +258,26 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
       joinVerb->add_option("--frames", joinFramesText, "The frames A-B the segments cover (default: all)");
   joinVerb->add_flag("-q,--quiet", join.quiet, "No messages but errors");
 
+  SlurmSubmission::Request submit;
+  CLI::App* submitVerb = app.add_subcommand(
+      "submit", "Render on a Slurm cluster: chunks of frames as one job array, joined once every chunk succeeded");
+  submitVerb->footer(kKeyframeHelp);
+  submitVerb->add_option("input", submit.input, "Sequence pattern or video, on storage every node sees")->required();
+  submitVerb->add_option("-o,--output", submit.output, "Output video or sequence pattern")->required();
+  std::string submitFramesText;
+  CLI::Option* submitFramesOption =
+      submitVerb->add_option("--frames", submitFramesText, "Render only frames A-B (from 0, both included)");
+  submitVerb->add_option("--chunk-frames", submit.chunkFrames, "Frames a chunk (default 100)");
+  submitVerb->add_option("--parts", submit.parts,
+                         "Folder for the segments and logs, seen by every node (default: OUTPUT.parts beside OUTPUT)");
+  submitVerb->add_option("--sbatch-arg", submit.sbatchArguments,
+                         "An option for sbatch, e.g. --sbatch-arg=--partition=gpu (again for more)");
+  submitVerb->add_flag("--wait", submit.wait, "Follow the jobs; exit 0 only once the join has completed");
+  submitVerb->add_flag("-q,--quiet", submit.quiet, "No progress line and no messages but errors");
+  SliderFlags submitFlags{std::vector<std::string>(host.sliders().size()),
+                          std::vector<CLI::Option*>(host.sliders().size(), nullptr)};
+  for (std::size_t i = 0; i < host.sliders().size(); ++i) addSliderFlag(*submitVerb, host.sliders()[i], submitFlags, i);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -282,6 +312,12 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   } else if (*joinVerb) {
     join.frames = frames(joinFramesOption, joinFramesText);
     JoinJob(join).run();
+  } else if (*submitVerb) {
+    applySliderFlags(host, submitFlags);  // a bad flag is refused here, not by every chunk
+    submit.frames = frames(submitFramesOption, submitFramesText);
+    submit.sliderArguments = sliderArguments(host, submitFlags);
+    if (!VelmiraCommand::pluginOption(argc, argv).empty()) submit.plugin = pluginPath;
+    SlurmSubmission(submit).run();
   }
   return kSuccess;
 }

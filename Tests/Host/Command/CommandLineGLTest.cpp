@@ -146,6 +146,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"join", "--source", "seq/f_%d.png", "-o", "j_%d.png", "gap/g_%03d.png"}, 1, "gap/g_002.png: missing from the sequence"},
       {{"join", "--source", video, "-o", "j.png", "a.mp4"}, 2, "the output of a join is a video or a numbered sequence"},
       {{"join", "--source", video, "-o", "j_%02d.png", "a.mp4"}, 2, "a.mp4: a segment of j_%02d.png is a sequence pattern too"},
+      {{"submit", video, "-o", "s.png"}, 2, "s.png: a farm renders into a video or a numbered sequence"},
       // A plug-in that disagrees with its property list is refused.
       {{"--plugin", badVersion, "about"}, 1, "declares version 0x1, flags 0x0 and 0x400, but global setup declared version " + ours},
       {{"--plugin", badFlags, "about"}, 1, "flags 0x2000000 and 0x400"},

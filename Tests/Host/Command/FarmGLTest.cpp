@@ -2,11 +2,14 @@
 // join) and through a Slurm cluster of this machine (submit --wait), for a clip with audio and a PNG sequence.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Media/MediaPath.h"
+#include "SlurmCluster.h"
 #include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
 #include "VelmiraRun.h"
@@ -91,6 +94,46 @@ TEST(VelmiraFarm, RangesJoinedByHandAreOneRender) {
     ASSERT_EQ(joined.exitCode, 0) << joined.err;
     expectSameOutput(fixtures, "single/" + job.output, "joined/" + job.output);
   }
+}
+
+// Four chunks of three frames on the cluster; then a chunk whose range holds a damaged picture fails the job, and
+// once the picture is mended a second submit renders that chunk alone.
+TEST(VelmiraFarm, SubmitOnSlurmIsOneRenderAndRendersAgainOnlyWhatFailed) {
+  SlurmCluster cluster;
+  if (!cluster.ready()) GTEST_SKIP() << "no Slurm cluster could be started: scripts/setup installs slurm-wlm and munge";
+  MediaFixtures& fixtures = media();
+  int n = 0;
+  for (const Job& job : kJobs) {
+    SCOPED_TRACE(job.input + " to " + job.output);
+    renderSingle(job);
+    VelmiraRun farm = VelmiraRun::run({"submit", job.input, "-o", "farm/" + job.output, "--chunk-frames", "3",
+                                       "--parts", "parts/" + std::to_string(n++), "--wait", "-q"},
+                                      fixtures.folder());
+    ASSERT_EQ(farm.exitCode, 0) << farm.err;
+    expectSameOutput(fixtures, "single/" + job.output, "farm/" + job.output);
+  }
+  fixtures.makeSequence("bad/b_%04d.png", 1, 12, 24, 16);
+  const std::string mended = readFile(fixtures.path("bad/b_0008.png"));
+  writeFile(fixtures.path("bad/b_0008.png"), "not a picture");
+  const std::vector<std::string> submit{"submit", "bad/b_%04d.png", "-o",        "farm/b_%04d.png", "--chunk-frames",
+                                        "3",      "--parts",        "parts/bad", "--wait"};
+  VelmiraRun failed = VelmiraRun::run(submit, fixtures.folder());
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_NE(failed.err.find("chunk 2 (frames 7-9) ended FAILED"), std::string::npos) << failed.err;
+  EXPECT_NE(failed.err.find("parts/bad/chunk-0002.log"), std::string::npos) << failed.err;
+  EXPECT_FALSE(fs::exists(fixtures.path("farm/b_0001.png")));
+  EXPECT_FALSE(fs::exists(fixtures.path("parts/bad/join.log"))) << "the join ran";
+
+  writeFile(fixtures.path("bad/b_0008.png"), mended);
+  struct stat before {};
+  ASSERT_EQ(::stat(fixtures.path("parts/bad/chunk-0000/b_0001.png").c_str(), &before), 0);
+  VelmiraRun again = VelmiraRun::run(submit, fixtures.folder());
+  ASSERT_EQ(again.exitCode, 0) << again.err;
+  EXPECT_NE(again.err.find("1 of 4 chunks"), std::string::npos) << again.err;
+  struct stat after {};
+  ASSERT_EQ(::stat(fixtures.path("farm/b_0001.png").c_str(), &after), 0);
+  EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec) << "chunk 0 was rendered again";
+  expectSameOutput(fixtures, "single/f_%04d.png", "farm/b_%04d.png");
 }
 
 }  // namespace
