@@ -22,7 +22,7 @@ const std::string& PreviewPage::html() {
           padding: 14px 16px; }
   h1 { font-size: 15px; margin: 0 0 2px; }
   h2 { font-size: 11px; text-transform: uppercase; letter-spacing: .06em; color: var(--dim); margin: 18px 0 8px; }
-  .dim { color: var(--dim); }
+  .dim { color: var(--dim); overflow-wrap: anywhere; }
   .slider { margin: 0 0 10px; }
   .slider label { display: flex; justify-content: space-between; }
   .slider output { font-variant-numeric: tabular-nums; color: var(--accent); }
@@ -183,6 +183,7 @@ async function pump() {
 const settledWaiters = [];
 window.velmiraPreview = {
   state, history,
+  ready: null,  // resolves once the sliders are built and the first pictures asked for
   // Resolves once the pictures of the newest state are on screen.
   settled() { return inFlight || dirty ? new Promise((resolve) => settledWaiters.push(resolve)) : Promise.resolve(); },
   set(flag, value) { const input = document.querySelector(`input[name="${flag}"]`); input.value = value;
@@ -311,7 +312,7 @@ async function start() {
   panByDragging();
   changed();
 }
-start().catch((e) => { $("error").textContent = e.message; });
+window.velmiraPreview.ready = start().catch((e) => { $("error").textContent = e.message; });
 </script>
 </body>
 </html>

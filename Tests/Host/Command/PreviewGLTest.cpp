@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BrowserSession.h"
 #include "PreviewRun.h"
 #include "Support/MediaFiles.h"
 #include "Support/MediaFixtures.h"
@@ -95,6 +96,63 @@ TEST(VelmiraPreview, AnswersEachRequestAsRenderWouldAndRefusesStrangers) {
   EXPECT_EQ(taken.address, "");
   EXPECT_EQ(taken.stop(), 1) << "a port in use is an error";
   EXPECT_EQ(picture.stop(), 0) << "Ctrl-C is the way to stop it";
+}
+
+// The page in a real browser, moved as a person moves it, one step a line: what the step does, the layer that must
+// then be on screen with the pixels of the velmira run on the line (none: the input's frame 20), and what the page
+// must show beside it. Five quick slider moves must end on the last one's picture.
+TEST(VelmiraPreview, PageShowsWhatItsSlidersScrubberAndTogglesAsk) {
+  MediaFixtures fixtures;
+  MediaFixtures::Video clip;
+  clip.frames = 30;
+  clip.colour = {210, 150, 120};
+  const std::string video = fixtures.makeVideo(clip);
+  PreviewRun preview({video}, fixtures.folder());
+  BrowserSession page(preview.address, fixtures.path("profile"));
+  page.waitUntil("typeof velmiraPreview === 'object'");
+  const auto shown = [&](const std::string& layer) {
+    writeFile(fixtures.path("shown.png"),
+              BrowserSession::base64(
+                  page.evaluate("(async () => { const b = new Uint8Array(await velmiraPreview.shownBlob('" + layer +
+                                "').arrayBuffer()); let s = ''; for (const c of b) s += "
+                                "String.fromCharCode(c); return btoa(s); })()")));
+    return readFrames(fixtures.path("shown.png")).at(0);
+  };
+  const std::string byId = "document.getElementById";
+  const struct {
+    std::string step;
+    std::string layer;
+    std::vector<std::string> reference;
+    std::string check;  // a script that must give true
+  } steps[] = {
+      // clang-format off
+      {"", "frame", {"render", video, "-o", "r.png", "--frames", "0-0"},
+       "[...document.querySelectorAll('input[type=range][name]')].map((e) => e.name).join() === 'skin-blur,skin-blur-range,skin-whiten,skin-redden,skin-pinking'"},
+      {"for (const v of [10, 25, 40, 55, 72.5]) velmiraPreview.set('skin-whiten', v)", "frame", {"render", video, "-o", "r.png", "--frames", "0-0", "--skin-whiten", "72.5"},
+       byId + "('command').textContent.endsWith('--skin-whiten 72.5')"},
+      {"const s = " + byId + "('scrub'); s.value = 20; s.dispatchEvent(new Event('input'))", "frame", {"render", video, "-o", "r.png", "--frames", "20-20", "--skin-whiten", "72.5"},
+       byId + "('frame-number').textContent === '20'"},
+      {byId + "('view-before').click()", "before", {}, byId + "('frame').hidden && !" + byId + "('before').hidden"},
+      {byId + "('view-split').click()", "before", {}, byId + "('frame').style.clipPath.startsWith('inset') && !" + byId + "('frame').hidden"},
+      {byId + "('mask-toggle').click(); velmiraPreview.set('skin-blur-range', 35)", "mask", {"mask", video, "-o", "r.png", "--frames", "20-20", "--skin-blur-range", "35"},
+       "!" + byId + "('mask').hidden"},
+      // clang-format on
+  };
+  for (const auto& s : steps) {
+    SCOPED_TRACE(s.step);
+    page.evaluate("(async () => { await velmiraPreview.ready; " + s.step + "; await velmiraPreview.settled(); })()");
+    EXPECT_EQ(page.evaluate(s.check), true);
+    const ArgbFrame got = shown(s.layer);
+    if (s.reference.empty()) {
+      EXPECT_TRUE(samePixels(got, readFrames(video, nullptr, {20, 20}).at(0)));
+      continue;
+    }
+    VelmiraRun run = VelmiraRun::run(s.reference, fixtures.folder());
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(samePixels(got, readFrames(fixtures.path("r.png")).at(0)));
+  }
+  writeFile(VELMIRA_SCREENSHOT, page.screenshot());
+  EXPECT_EQ(readFrames(VELMIRA_SCREENSHOT).at(0).width(), 1280);
 }
 
 }  // namespace
