@@ -16,12 +16,16 @@ namespace {
 // The name the encoder goes by: it picks PNG by the extension and names it in its errors.
 constexpr const char* kPictureName = "frame.png";
 
-FrameRenderer::Result failed(int status, const std::string& message) { return {status, message, 0.0}; }
+FrameRenderer::Result failed(int status, const std::string& message) { return {status, message, 0.0, 0.0}; }
+
+double millisecondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
 
 }  // namespace
 
 FrameRenderer::FrameRenderer(EffectHost& host, const std::string& input, std::size_t rangeSlider)
-    : mHost(host), mReader(input), mRangeSlider(rangeSlider), mEncoder(kPictureName, mReader.info().hasAlpha) {}
+    : mHost(host), mReader(input), mRangeSlider(rangeSlider), mEncoder(kPictureName, mReader.info().hasAlpha, true) {}
 
 FrameRenderer::Result FrameRenderer::request(Request request) {
   std::future<Result> answer;
@@ -72,7 +76,8 @@ std::optional<FrameRenderer::Pending> FrameRenderer::takeNext() {
 FrameRenderer::Result FrameRenderer::make(const Request& request) {
   try {
     ArgbFrame& source = sourceFrame(request.frame);
-    if (request.picture == Picture::Source) return {200, png(source), 0.0};
+    Result result;
+    if (request.picture == Picture::Source) return encoded(source, result);
     applyTracks(request.tracks);
     mOutput.allocate(source.width(), source.height());
     const auto start = std::chrono::steady_clock::now();
@@ -84,8 +89,8 @@ FrameRenderer::Result FrameRenderer::make(const Request& request) {
       SkinMask::paint(source, mOutput,
                       static_cast<float>(mHost.sliderValue(mRangeSlider, source.timeSeconds)) / 100.0f);
     }
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    return {200, png(mOutput), took.count()};
+    result.renderMilliseconds = millisecondsSince(start);
+    return encoded(mOutput, result);
   } catch (const std::exception& e) {
     return failed(500, e.what());
   }
@@ -108,9 +113,12 @@ void FrameRenderer::applyTracks(const std::vector<ParamTrack>& tracks) {
   mHost.setFrameRate(info().frameRate.value());
 }
 
-std::string FrameRenderer::png(const ArgbFrame& frame) {
+FrameRenderer::Result& FrameRenderer::encoded(const ArgbFrame& frame, Result& result) {
+  const auto start = std::chrono::steady_clock::now();
   const std::vector<std::uint8_t> bytes = mEncoder.encode(frame, kPictureName);
-  return std::string(bytes.begin(), bytes.end());
+  result.body.assign(bytes.begin(), bytes.end());
+  result.encodeMilliseconds = millisecondsSince(start);
+  return result;
 }
 
 }  // namespace Quillmere::Velmira

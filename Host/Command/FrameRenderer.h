@@ -36,6 +36,7 @@ public:
     int status = 200;  // an HTTP status: 200 with a PNG, else an error with a message
     std::string body;
     double renderMilliseconds = 0.0;  // the effect's render (or the mask's) alone, without decoding or encoding
+    double encodeMilliseconds = 0.0;  // the PNG's
   };
 
   // `rangeSlider` is the position of "Skin Blur Range" among the host's sliders.
@@ -60,7 +61,7 @@ private:
   Result make(const Request& request);
   ArgbFrame& sourceFrame(std::int64_t frame);
   void applyTracks(const std::vector<ParamTrack>& tracks);
-  std::string png(const ArgbFrame& frame);
+  Result& encoded(const ArgbFrame& frame, Result& result);
 
   EffectHost& mHost;
   MediaReader mReader;

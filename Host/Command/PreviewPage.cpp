@@ -166,6 +166,7 @@ async function pump() {
     for (const t of changes) history.push(now - t);
     const effect = names.includes("frame") ? pictures[names.indexOf("frame")] : null;
     if (effect) {
+      window.velmiraPreview.renderMs = effect.renderMs;
       $("save").href = effect.src;
       $("status").textContent = `effect ${effect.renderMs.toFixed(0)} ms · on screen ${(now - asked).toFixed(0)} ms ` +
         `after the request`;
@@ -183,6 +184,7 @@ async function pump() {
 const settledWaiters = [];
 window.velmiraPreview = {
   state, history,
+  renderMs: null,  // the effect's render of the picture on screen, as the server measured it
   ready: null,  // resolves once the sliders are built and the first pictures asked for
   // Resolves once the pictures of the newest state are on screen.
   settled() { return inFlight || dirty ? new Promise((resolve) => settledWaiters.push(resolve)) : Promise.resolve(); },

@@ -165,6 +165,7 @@ void PreviewServer::servePicture(FrameRenderer::Picture picture, const httplib::
     return;
   }
   response.set_header("X-Render-Milliseconds", fmt::format("{:.1f}", result.renderMilliseconds));
+  response.set_header("X-Encode-Milliseconds", fmt::format("{:.1f}", result.encodeMilliseconds));
   response.set_content(std::move(result.body), "image/png");
 }
 
