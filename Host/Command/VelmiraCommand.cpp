@@ -11,11 +11,12 @@
 
 #include "Command/JoinJob.h"
 #include "Command/Locations.h"
+#include "Command/PreviewServer.h"
 #include "Command/RenderJob.h"
 #include "Command/SlurmSubmission.h"
+#include "Command/SliderFlag.h"
 #include "Core/EffectHost.h"
 #include "Core/HostError.h"
-#include "Core/ParamTrack.h"
 #include "Media/MediaLog.h"
 #include "VelmiraVersion.h"
 
@@ -60,12 +61,7 @@ std::vector<std::string> sliderArguments(const EffectHost& host, const SliderFla
 void applySliderFlags(EffectHost& host, const SliderFlags& flags) {
   for (std::size_t i = 0; i < flags.options.size(); ++i) {
     if (!flags.options[i] || flags.options[i]->count() == 0) continue;
-    const SliderDefinition& slider = host.sliders()[i];
-    try {
-      host.setTrack(i, ParamTrack::parse(flags.texts[i]));
-    } catch (const std::logic_error& e) {  // a malformed text, or a value out of the slider's range
-      throw HostError::usage(fmt::format("--{}: {}", slider.flagName(), e.what()));
-    }
+    host.setTrack(i, SliderFlag::track(host.sliders()[i], flags.texts[i]));
   }
 }
 
@@ -127,14 +123,15 @@ void fillDefaults(RenderJob::Request& request, const char* suffix) {
 }  // namespace
 
 void VelmiraCommand::refuseUnknownVerb(int argc, char** argv) {
-  static const char* const kVerbs[] = {"about", "params", "render", "mask", "join", "submit"};
+  static const char* const kVerbs[] = {"about", "params", "render", "mask", "preview", "join", "submit"};
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     if (arg == "--") return;
     if (arg == "--plugin") ++i;
     if (arg.rfind('-', 0) == 0) continue;
     if (std::find(std::begin(kVerbs), std::end(kVerbs), arg) != std::end(kVerbs)) return;
-    throw HostError::usage(fmt::format("'{}' is no verb of velmira: about, params, render, mask, join or submit", arg));
+    throw HostError::usage(
+        fmt::format("'{}' is no verb of velmira: about, params, render, mask, preview, join or submit", arg));
   }
 }
 
@@ -247,6 +244,14 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   std::size_t rangeSlider = rangeSliderIndex(host);
   addSliderFlag(*maskVerb, host.sliders()[rangeSlider], maskFlags, rangeSlider);
 
+  std::string previewInput;
+  int previewPort = 0;
+  CLI::App* previewVerb = app.add_subcommand(
+      "preview", "Tune the sliders by eye: serves a page on 127.0.0.1 that shows the frame as they move; Ctrl-C stops");
+  previewVerb->add_option("input", previewInput, "Image, sequence pattern or video (default: the bundled portrait)");
+  previewVerb->add_option("--port", previewPort, "The port to serve on (default 0: any free one)")
+      ->check(CLI::Range(0, 65535));
+
   JoinJob::Request join;
   CLI::App* joinVerb = app.add_subcommand(
       "join", "Put ranges rendered apart (render --frames) together as one output, without encoding again");
@@ -318,6 +323,13 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     submit.sliderArguments = sliderArguments(host, submitFlags);
     if (!VelmiraCommand::pluginOption(argc, argv).empty()) submit.plugin = pluginPath;
     SlurmSubmission(submit).run();
+  } else if (*previewVerb) {
+    PreviewServer server(host, previewInput.empty() ? Locations::sample() : previewInput, rangeSlider);
+    server.bind(previewPort);
+    std::printf("%s\n", server.address().c_str());
+    std::fflush(stdout);
+    std::fprintf(stderr, "velmira: open the address above in a browser; Ctrl-C stops the preview\n");
+    server.run();
   }
   return kSuccess;
 }

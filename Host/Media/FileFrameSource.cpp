@@ -31,6 +31,10 @@ void checkReadable(const std::string& path) {
 
 Rational toRational(AVRational r) { return Rational{r.num, r.den}; }
 
+AVRational frameRateOf(const AVStream& stream) {
+  return stream.avg_frame_rate.num > 0 ? stream.avg_frame_rate : stream.r_frame_rate;
+}
+
 // The demuxers of single pictures: image2 and the "<codec>_pipe" family.
 bool isImageDemuxer(const char* name) {
   std::string n(name);
@@ -109,7 +113,7 @@ void FileFrameSource::describe(MediaInfo& info) {
   info.codecName = avcodec_get_name(par->codec_id);
   info.width = par->width;
   info.height = par->height;
-  AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
+  AVRational rate = frameRateOf(*stream);
   bool still = mStill;
   if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
   info.timeBase = still ? Rational{info.frameRate.den, info.frameRate.num} : toRational(stream->time_base);
@@ -205,6 +209,8 @@ bool FileFrameSource::next(ArgbFrame& frame) {
       mDone = true;
       break;
     }
+    if (mSeeking) mNextIndex = indexOfDecoded();
+    mSeeking = false;
     bool wanted = mRange.contains(mNextIndex);
     if (wanted) deliver(frame);
     av_frame_unref(mDecoded.get());
@@ -214,6 +220,32 @@ bool FileFrameSource::next(ArgbFrame& frame) {
   if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
   checkComplete();
   return false;
+}
+
+// A picture is read again from the start. A video goes back to the key frame at or before the frame's time; the
+// frames from there to the one asked for are decoded and dropped, as next() drops those before its range.
+void FileFrameSource::seek(std::int64_t index) {
+  mRange = FrameRange{index, -1};
+  mDone = mDraining = false;
+  if (mStill) {
+    open();
+    openDecoder();
+    mNextIndex = 0;
+    return;
+  }
+  const AVStream* stream = mFormat->streams[mStream];
+  std::int64_t target = mStartPts + av_rescale_q(index, av_inv_q(frameRateOf(*stream)), stream->time_base);
+  int err = av_seek_frame(mFormat.get(), mStream, target, AVSEEK_FLAG_BACKWARD);
+  if (err < 0) fail("cannot seek to frame " + std::to_string(index) + ": " + ffmpegErrorText(err));
+  avcodec_flush_buffers(mDecoder.get());
+  mSeeking = true;
+}
+
+std::int64_t FileFrameSource::indexOfDecoded() const {
+  const AVStream* stream = mFormat->streams[mStream];
+  std::int64_t pts = mDecoded->best_effort_timestamp;
+  if (pts == AV_NOPTS_VALUE) fail("its frames carry no time, so it cannot be read from the middle");
+  return av_rescale_q(pts - mStartPts, stream->time_base, av_inv_q(frameRateOf(*stream)));
 }
 
 void FileFrameSource::checkComplete() const {

@@ -17,6 +17,7 @@ public:
   FileFrameSource(const std::string& path, FrameRange range, MediaInfo& info);
 
   bool next(ArgbFrame& frame) override;
+  void seek(std::int64_t index) override;
 
   // A whole still image read in one call, for the files of a sequence.
   static void readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info);
@@ -27,6 +28,7 @@ private:
   void describe(MediaInfo& info);
   bool decodeNext();
   void deliver(ArgbFrame& frame);
+  std::int64_t indexOfDecoded() const;
   void checkComplete() const;
   [[noreturn]] void fail(const std::string& problem) const;
 
@@ -46,6 +48,7 @@ private:
   bool mStill = false;
   bool mDraining = false;
   bool mDone = false;
+  bool mSeeking = false;  // the next decoded frame's number comes from its time, not from counting
 };
 
 }  // namespace Quillmere::Velmira

@@ -1,6 +1,8 @@
 // Where a reader's frames come from: one file, or the files of a sequence.
 #pragma once
 
+#include <cstdint>
+
 #include "Core/ArgbFrame.h"
 
 namespace Quillmere::Velmira {
@@ -10,6 +12,8 @@ public:
   virtual ~FrameSource() = default;
   // The next frame in the asked range; false when there is none.
   virtual bool next(ArgbFrame& frame) = 0;
+  // The next frame given is `index` (a video's position, a sequence's file number), then those after it.
+  virtual void seek(std::int64_t index) = 0;
 };
 
 }  // namespace Quillmere::Velmira

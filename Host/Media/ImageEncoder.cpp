@@ -10,7 +10,7 @@ bool ImageEncoder::writes(const std::string& extension) {
          extension == ".tiff";
 }
 
-ImageEncoder::ImageEncoder(const std::string& path, bool keepAlpha) {
+ImageEncoder::ImageEncoder(const std::string& path, bool keepAlpha, bool quick) : mQuick(quick) {
   std::string ext = MediaPath::extension(path);
   if (ext == ".png") {
     mCodec = AV_CODEC_ID_PNG;
@@ -42,6 +42,7 @@ std::vector<std::uint8_t> ImageEncoder::encode(const ArgbFrame& frame, const std
     context->flags |= AV_CODEC_FLAG_QSCALE;
     context->global_quality = FF_QP2LAMBDA * 2;
   }
+  if (mQuick) context->compression_level = 1;  // zlib's fastest level, about twice as fast as its default
   int err = avcodec_open2(context.get(), codec, nullptr);
   if (err < 0) throw MediaError(path, "cannot open the picture encoder: " + ffmpegErrorText(err));
 

@@ -13,8 +13,9 @@ namespace Quillmere::Velmira {
 
 class ImageEncoder {
 public:
-  // Throws MediaError naming `path` when its extension is no picture format this encoder writes.
-  ImageEncoder(const std::string& path, bool keepAlpha);
+  // Throws MediaError naming `path` when its extension is no picture format this encoder writes. `quick` trades a
+  // larger PNG or TIFF for a faster one, where a person waits for the picture rather than keeping it.
+  ImageEncoder(const std::string& path, bool keepAlpha, bool quick = false);
 
   // The whole file's bytes for `frame`. Throws MediaError naming `path`.
   std::vector<std::uint8_t> encode(const ArgbFrame& frame, const std::string& path);
@@ -25,6 +26,7 @@ public:
 private:
   AVCodecID mCodec = AV_CODEC_ID_NONE;
   AVPixelFormat mFormat = AV_PIX_FMT_NONE;
+  bool mQuick = false;
   PixelConverter mConverter;
 };
 

@@ -25,4 +25,6 @@ MediaReader& MediaReader::operator=(MediaReader&&) noexcept = default;
 
 bool MediaReader::read(ArgbFrame& frame) { return mSource->next(frame); }
 
+void MediaReader::seek(std::int64_t index) { mSource->seek(index); }
+
 }  // namespace Quillmere::Velmira

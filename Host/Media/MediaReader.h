@@ -30,6 +30,9 @@ public:
   // Fills `frame` with the next frame of the range; false once there is none. The frame's buffer is reused
   // when its size fits. Throws MediaError on a truncated or corrupt source.
   bool read(ArgbFrame& frame);
+  // The next read gives frame `index` and goes on from there, past the end of the range too. A video jumps to the
+  // key frame before it rather than decoding from the start.
+  void seek(std::int64_t index);
 
 private:
   MediaInfo mInfo;

@@ -84,4 +84,8 @@ bool SequenceFrameSource::next(ArgbFrame& frame) {
   return true;
 }
 
+void SequenceFrameSource::seek(std::int64_t index) {
+  mNext = static_cast<std::size_t>(std::lower_bound(mNumbers.begin(), mNumbers.end(), index) - mNumbers.begin());
+}
+
 }  // namespace Quillmere::Velmira

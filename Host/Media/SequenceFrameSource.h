@@ -17,6 +17,7 @@ public:
   SequenceFrameSource(const std::string& pattern, FrameRange range, MediaInfo& info);
 
   bool next(ArgbFrame& frame) override;
+  void seek(std::int64_t index) override;
 
 private:
   std::vector<std::int64_t> findNumbers() const;
