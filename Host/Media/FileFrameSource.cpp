@@ -163,6 +163,7 @@ void FileFrameSource::describe(MediaInfo& info) {
     double duration = ownDuration(*stream);
     if (duration <= 0.0 && mFormat->duration > 0) duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
     total = counted > 0 ? counted : framesIn(duration, info.frameRate);
+    info.frameCountExact = counted > 0;
     info.durationSeconds = duration;
     mStatedFrames = counted > 0 ? counted : framesIn(ownDuration(*stream), info.frameRate);
   } else {
