@@ -85,7 +85,7 @@ std::int64_t RenderJob::run(const Process& process) {
     throw HostError::usage(fmt::format("--compare-frame {} lies outside --frames {}-{}", *mRequest.compareFrame,
                                        mRequest.frames.first, mRequest.frames.last));
   }
-  MediaReader reader(mRequest.input, mRequest.frames);
+  MediaReader reader(mRequest.input, mRequest.frames, mRequest.acceptDamaged ? OnDamage::Accept : OnDamage::Fail);
   const MediaInfo& info = reader.info();
   refuseUsageErrors(info);
   checkFrameFitsGL(info);
@@ -104,7 +104,19 @@ std::int64_t RenderJob::run(const Process& process) {
                   progress.elapsedSeconds(), written / std::max(progress.elapsedSeconds(), 1e-9)));
   std::printf("%s\n", mRequest.output.c_str());
   if (!mRequest.compare.empty()) writeCompare(info);
+  listDamage(reader);
   return written;
+}
+
+// Even under --quiet: the person asked for damaged input to be rendered, not for its damage to go unseen.
+void RenderJob::listDamage(const MediaReader& reader) const {
+  const std::vector<FrameDamage>& damage = reader.damage();
+  if (damage.empty()) return;
+  std::int64_t frames = 0;
+  for (const FrameDamage& d : damage) frames += d.count();
+  std::fprintf(stderr, "velmira: %s: rendered with %lld damaged or missing frame%s:\n", mRequest.input.c_str(),
+               static_cast<long long>(frames), frames == 1 ? "" : "s");
+  for (const FrameDamage& d : damage) std::fprintf(stderr, "velmira:   %s\n", d.describe().c_str());
 }
 
 void RenderJob::keepForCompare(const ArgbFrame& before, const ArgbFrame& after) {

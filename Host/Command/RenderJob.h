@@ -10,6 +10,7 @@
 #include "Core/FrameTime.h"
 #include "Media/FrameRange.h"
 #include "Media/MediaInfo.h"
+#include "Media/MediaReader.h"
 
 namespace Quillmere::Velmira {
 
@@ -24,6 +25,7 @@ public:
     std::optional<std::int64_t> compareFrame;  // default: the first frame rendered
     FrameRange frames;
     bool quiet = false;
+    bool acceptDamaged = false;  // render damaged input as decoded, and list its damaged frames, instead of failing
   };
 
   RenderJob(EffectHost& host, Request request);
@@ -42,6 +44,7 @@ private:
   void keepForCompare(const ArgbFrame& before, const ArgbFrame& after);
   void writeCompare(const MediaInfo& info);
   void say(const std::string& message) const;
+  void listDamage(const MediaReader& reader) const;
 
   EffectHost& mHost;
   Request mRequest;

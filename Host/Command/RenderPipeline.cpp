@@ -1,5 +1,6 @@
 #include "Command/RenderPipeline.h"
 
+#include <atomic>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -66,10 +67,13 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
     rendered.close();
   };
 
+  std::atomic<std::int64_t> read{0};
   auto decode = [&] {
     try {
       while (auto frame = unused.pop()) {
-        if (!mReader.read(*frame) || !decoded.push(std::move(*frame))) break;
+        if (!mReader.read(*frame)) break;
+        ++read;
+        if (!decoded.push(std::move(*frame))) break;
       }
       decoded.close();
     } catch (...) {
@@ -87,7 +91,10 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
       }
       // A closed queue also ends the loop after a failure elsewhere; only a clean run
       // that wrote something may put the output in place.
-      if (!failure.happened() && written > 0) mWriter.finish();
+      if (!failure.happened() && written > 0) {
+        checkCounts(read, written);
+        mWriter.finish();
+      }
     } catch (...) {
       stopAll();
     }
@@ -117,6 +124,22 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
   if (decoder.joinable()) decoder.join();
   failure.rethrow();
   return written;
+}
+
+// Called once the reader is done (the closed queues order its last read before this): every frame read was written,
+// and the frames read and those the reader lists as missing make up what the source promised for the range.
+void RenderPipeline::checkCounts(std::int64_t read, std::int64_t written) const {
+  const MediaInfo& info = mReader.info();
+  if (read != written)
+    throw HostError::failure(fmt::format("{}: {} frames were read but {} written", info.path, read, written));
+  // An estimated count (Matroska's, from a duration that may span the audio too) promises nothing exact; the reader
+  // checks such a clip against the video's own stated length.
+  const std::int64_t missing = mReader.missingFrames();
+  if (info.frameCountExact && read + missing != info.frameCount) {
+    throw HostError::failure(fmt::format("{}: {} frames were promised for the range but {} read{}", info.path,
+                                         info.frameCount, read,
+                                         missing > 0 ? fmt::format(" and {} missing", missing) : ""));
+  }
 }
 
 }  // namespace Quillmere::Velmira

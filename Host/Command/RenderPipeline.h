@@ -13,7 +13,8 @@ namespace Quillmere::Velmira {
 // frames pass through bounded queues. Processing runs on the calling thread, so everything the effect does (and its
 // GL contexts) stays on the one thread that set it up. Frames go round: a fixed set is made at the start, and each
 // stage hands a frame back when it is done with it, so a running pipeline allocates no frame. The first failure on any
-// thread stops all three and is rethrown here; the writer is then never finished, so no output file appears.
+// thread stops all three and is rethrown here; the writer is then never finished, so no output file appears. Nor is it
+// when the frames read, written and promised by the source do not add up: no frame is lost silently.
 class RenderPipeline {
 public:
   // `after` holds the frame's last pixels or none; the process sizes it. Time and number are copied from `before`.
@@ -29,6 +30,8 @@ public:
   std::int64_t run(const Process& process, const Progress& progress);
 
 private:
+  void checkCounts(std::int64_t read, std::int64_t written) const;
+
   MediaReader& mReader;
   MediaWriter& mWriter;
 };

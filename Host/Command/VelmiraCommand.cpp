@@ -99,6 +99,14 @@ FrameRange parseFrames(const std::string& text) {
   return range;
 }
 
+// The flags render and mask share.
+void addOutputFlags(CLI::App& verb, RenderJob::Request& request) {
+  verb.add_flag("-q,--quiet", request.quiet, "No progress bar and no messages but errors");
+  verb.add_flag("--accept-damaged", request.acceptDamaged,
+                "Render damaged input as decoded (concealed errors, missing frames skipped) and list its damaged "
+                "frames on stderr, rather than fail");
+}
+
 std::string aboutText(EffectHost& host) {
   std::string text = host.about();
   std::replace(text.begin(), text.end(), '\r', '\n');  // the effect API's line break is the Mac's
@@ -224,7 +232,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   std::string framesText;
   CLI::Option* framesOption =
       renderVerb->add_option("--frames", framesText, "Render only frames A-B (from 0, both included)");
-  renderVerb->add_flag("-q,--quiet", render.quiet, "No progress bar and no messages but errors");
+  addOutputFlags(*renderVerb, render);
   SliderFlags renderFlags{std::vector<std::string>(host.sliders().size()),
                           std::vector<CLI::Option*>(host.sliders().size(), nullptr)};
   for (std::size_t i = 0; i < host.sliders().size(); ++i) addSliderFlag(*renderVerb, host.sliders()[i], renderFlags, i);
@@ -238,7 +246,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
   maskVerb->add_option("-o,--output", mask.output, "Output file")->required();
   std::string maskFramesText;
   CLI::Option* maskFramesOption = maskVerb->add_option("--frames", maskFramesText, "Only frames A-B");
-  maskVerb->add_flag("-q,--quiet", mask.quiet, "No progress bar and no messages but errors");
+  addOutputFlags(*maskVerb, mask);
   SliderFlags maskFlags{std::vector<std::string>(host.sliders().size()),
                         std::vector<CLI::Option*>(host.sliders().size(), nullptr)};
   std::size_t rangeSlider = rangeSliderIndex(host);

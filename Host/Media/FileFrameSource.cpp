@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <fmt/format.h>
+
 extern "C" {
 #include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
@@ -15,6 +17,7 @@ extern "C" {
 
 #include "Media/MediaError.h"
 #include "Media/MediaPath.h"
+#include "Media/Orientation.h"
 
 namespace Quillmere::Velmira {
 
@@ -58,15 +61,41 @@ double ownDuration(const AVStream& stream) {
   return 0.0;
 }
 
+// The frames an edit list hides: the container counts them, and the demuxer marks them to be decoded and dropped.
+std::int64_t hiddenFrames(AVStream& stream) {
+  std::int64_t hidden = 0;
+  for (int i = 0, n = avformat_index_get_entries_count(&stream); i < n; ++i)
+    if (avformat_index_get_entry(&stream, i)->flags & AVINDEX_DISCARD_FRAME) ++hidden;
+  return hidden;
+}
+
+// What the decoder's flags say of a frame it gave, in words.
+void addFlagReasons(const AVFrame& frame, std::vector<std::string>& reasons) {
+  const int flags = frame.decode_error_flags;
+  if (flags & FF_DECODE_ERROR_INVALID_BITSTREAM) reasons.emplace_back("invalid bitstream");
+  if (flags & FF_DECODE_ERROR_MISSING_REFERENCE) reasons.emplace_back("a frame it refers to is missing");
+  if (flags & FF_DECODE_ERROR_CONCEALMENT_ACTIVE) reasons.emplace_back("errors concealed");
+  if (flags & FF_DECODE_ERROR_DECODE_SLICES) reasons.emplace_back("slices lost");
+  if (frame.flags & AV_FRAME_FLAG_CORRUPT) reasons.emplace_back("marked corrupt by the decoder");
+}
+
+// The whole frames a stated duration holds. Containers round durations to their clock (Matroska's millisecond) and
+// some stretch them by the audio's end, so what falls short of a whole frame by under a twentieth is one, and a part
+// of a frame beyond whole ones is none.
+std::int64_t framesIn(double seconds, Rational rate) {
+  return static_cast<std::int64_t>(std::floor(seconds * rate.value() + 0.05));
+}
+
 }  // namespace
 
-FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, MediaInfo& info)
-    : mPath(path), mRange(range) {
+FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, MediaInfo& info, OnDamage onDamage)
+    : mPath(path), mRange(range), mOnDamage(onDamage) {
   checkReadable(path);
   open();
-  openDecoder();
   // The content decides, not the name: a clip named .png is still a clip.
   mStill = isImageDemuxer(mFormat->iformat->name);
+  openDecoder();
+  if (mStill) holdPicture();
   if (info.kind != MediaKind::Sequence) info.kind = mStill ? MediaKind::Image : MediaKind::Video;
   describe(info);
 }
@@ -99,20 +128,31 @@ void FileFrameSource::openDecoder() {
   mDecoder->pkt_timebase = stream->time_base;
   // One decoding thread: the host decodes, renders and encodes on three threads of a small machine already.
   mDecoder->thread_count = 1;
+  mLog = std::make_unique<DecoderLog>(*mDecoder);
   int err = avcodec_open2(mDecoder.get(), codec, nullptr);
   if (err < 0) fail("cannot open the decoder: " + ffmpegErrorText(err));
-  if (mDecoder->width <= 0 || mDecoder->height <= 0) fail("has a zero-sized frame");
+  // A picture that FFmpeg could not size while probing (cut short, or too large for it) says why once decoded.
+  if (!mStill && (mDecoder->width <= 0 || mDecoder->height <= 0))
+    fail("truncated or corrupt: FFmpeg finds no frame size in it");
   mMatrix = stream->codecpar->color_space;
   mFullRange = stream->codecpar->color_range == AVCOL_RANGE_JPEG;
   mStartPts = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
 }
 
+// A picture is decoded on opening: its size and orientation are the decoded frame's.
+void FileFrameSource::holdPicture() {
+  if (!decodeNext()) fail(mDamage.empty() ? "no frame could be decoded (truncated or corrupt)" : mDamage[0].describe());
+  mOrientation = Orientation::of(*mDecoded);
+  mHeld = true;
+}
+
 void FileFrameSource::describe(MediaInfo& info) {
-  const AVStream* stream = mFormat->streams[mStream];
+  AVStream* stream = mFormat->streams[mStream];
   const AVCodecParameters* par = stream->codecpar;
   info.codecName = avcodec_get_name(par->codec_id);
-  info.width = par->width;
-  info.height = par->height;
+  const bool turned = Orientation::swapsSides(mOrientation);
+  info.width = mStill ? (turned ? mDecoded->height : mDecoded->width) : par->width;
+  info.height = mStill ? (turned ? mDecoded->width : mDecoded->height) : par->height;
   AVRational rate = frameRateOf(*stream);
   bool still = mStill;
   if (!still && rate.num > 0 && rate.den > 0) info.frameRate = toRational(rate);
@@ -122,14 +162,14 @@ void FileFrameSource::describe(MediaInfo& info) {
   std::int64_t total = 1;
   if (!still) {
     // The container's duration comes last, as it spans the audio too, which often runs a little longer.
+    // A stated count includes the frames an edit list hides; the durations do not.
+    const std::int64_t counted = stream->nb_frames > 0 ? stream->nb_frames - hiddenFrames(*stream) : 0;
     double duration = ownDuration(*stream);
     if (duration <= 0.0 && mFormat->duration > 0) duration = static_cast<double>(mFormat->duration) / AV_TIME_BASE;
-    total = stream->nb_frames > 0 ? stream->nb_frames
-                                  : static_cast<std::int64_t>(std::llround(duration * info.frameRate.value()));
+    total = counted > 0 ? counted : framesIn(duration, info.frameRate);
+    info.frameCountExact = counted > 0;
     info.durationSeconds = duration;
-    mStatedFrames = stream->nb_frames > 0
-                        ? stream->nb_frames
-                        : static_cast<std::int64_t>(std::llround(ownDuration(*stream) * info.frameRate.value()));
+    mStatedFrames = counted > 0 ? counted : framesIn(ownDuration(*stream), info.frameRate);
   } else {
     info.durationSeconds = 1.0 / info.frameRate.value();
   }
@@ -137,7 +177,8 @@ void FileFrameSource::describe(MediaInfo& info) {
   info.frameCount = std::max<std::int64_t>(0, last - mRange.first + 1);
   info.range = mRange;
 
-  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(par->format));
+  const AVPixFmtDescriptor* desc =
+      av_pix_fmt_desc_get(static_cast<AVPixelFormat>(mStill ? mDecoded->format : par->format));
   if (desc) {
     info.hasAlpha = (desc->flags & (AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_PAL)) != 0;
     info.reducedToEightBits = desc->comp[0].depth > 8;
@@ -163,8 +204,15 @@ void FileFrameSource::describe(MediaInfo& info) {
 
 bool FileFrameSource::decodeNext() {
   for (;;) {
-    int err = avcodec_receive_frame(mDecoder.get(), mDecoded.get());
-    if (err == 0) return true;
+    int err = 0;
+    {
+      DecoderLog::Call call(*mLog);
+      err = avcodec_receive_frame(mDecoder.get(), mDecoded.get());
+    }
+    if (err == 0) {
+      checkDecoded();
+      return true;
+    }
     if (err == AVERROR_EOF) return false;
     if (err != AVERROR(EAGAIN)) fail("corrupt video data: " + ffmpegErrorText(err));
     if (mDraining) return false;
@@ -175,24 +223,55 @@ bool FileFrameSource::decodeNext() {
       continue;
     }
     if (err < 0) fail("truncated or corrupt: " + ffmpegErrorText(err));
-    if (mPacket->stream_index == mStream) {
-      err = avcodec_send_packet(mDecoder.get(), mPacket.get());
-      if (err < 0 && err != AVERROR(EAGAIN)) {
-        av_packet_unref(mPacket.get());
-        fail("truncated or corrupt picture data: " + ffmpegErrorText(err));
-      }
-    }
+    if (mPacket->stream_index == mStream) sendPacket();
     av_packet_unref(mPacket.get());
   }
 }
 
+// A packet the decoder refuses loses its frame: the one due next, for decoders that do not reorder (pictures, and
+// video with no B-frames); later frames keep their numbers.
+void FileFrameSource::sendPacket() {
+  int err = 0;
+  {
+    DecoderLog::Call call(*mLog);
+    err = avcodec_send_packet(mDecoder.get(), mPacket.get());
+  }
+  if (err >= 0 || err == AVERROR(EAGAIN)) return;
+  const bool tooLarge = mLog->refusedSize();
+  const std::vector<std::string> said = mLog->take();
+  const std::string why = said.empty() ? ffmpegErrorText(err) : fmt::format("{}", fmt::join(said, "; "));
+  if (tooLarge) fail("FFmpeg refused to decode it for its size: " + why);
+  const std::int64_t lost = mNextIndex++;
+  if (mRange.contains(lost))
+    damaged({lost, lost, true,
+             fmt::format("truncated or corrupt: FFmpeg's {} decoder refused it: {}", mDecoder->codec->name, why)});
+}
+
+void FileFrameSource::checkDecoded() {
+  ++mDecodedCount;
+  std::vector<std::string> reasons = mLog->take();
+  addFlagReasons(*mDecoded, reasons);
+  if (!reasons.empty() && mRange.contains(mNextIndex))
+    damaged({mNextIndex, mNextIndex, false, fmt::format("{}", fmt::join(reasons, "; "))});
+}
+
+// Failing at the first damaged frame rather than after the whole input: the render is lost either way, and a long
+// video need not be decoded to the end to say so. --accept-damaged is there to see them all.
+void FileFrameSource::damaged(FrameDamage damage) {
+  if (mOnDamage == OnDamage::Fail) fail(damage.describe());
+  mDamage.push_back(std::move(damage));
+}
+
 void FileFrameSource::deliver(ArgbFrame& frame) {
-  if (mDecoded->width <= 0 || mDecoded->height <= 0) fail("has a zero-sized frame");
+  if (mDecoded->width <= 0 || mDecoded->height <= 0) fail("truncated or corrupt: a frame has no size");
   int matrix = mDecoded->colorspace != AVCOL_SPC_UNSPECIFIED ? mDecoded->colorspace : mMatrix;
   bool full = mDecoded->color_range == AVCOL_RANGE_JPEG || mFullRange;
-  if (!mConverter.toArgb(*mDecoded, matrix, full, frame))
+  // Turned upright here, once: the pixels then stand as shown and no writer keeps the tag.
+  ArgbFrame& converted = mOrientation == 1 ? frame : mStored;
+  if (!mConverter.toArgb(*mDecoded, matrix, full, converted))
     fail("pixel format '" + std::string(av_get_pix_fmt_name(static_cast<AVPixelFormat>(mDecoded->format))) +
          "' cannot be converted");
+  if (mOrientation != 1) Orientation::apply(mOrientation, mStored, frame);
   frame.index = mNextIndex;
   std::int64_t pts = mDecoded->best_effort_timestamp;
   frame.pts = pts == AV_NOPTS_VALUE ? mStartPts + mNextIndex : pts;
@@ -205,19 +284,21 @@ void FileFrameSource::deliver(ArgbFrame& frame) {
 
 bool FileFrameSource::next(ArgbFrame& frame) {
   while (!mDone) {
-    if (mRange.endsBefore(mNextIndex) || !decodeNext()) {
+    if (mRange.endsBefore(mNextIndex) || !(mHeld || decodeNext())) {
       mDone = true;
       break;
     }
     if (mSeeking) mNextIndex = indexOfDecoded();
     mSeeking = false;
+    mHeld = false;
     bool wanted = mRange.contains(mNextIndex);
     if (wanted) deliver(frame);
     av_frame_unref(mDecoded.get());
     ++mNextIndex;
     if (wanted) return true;
   }
-  if (mNextIndex == 0) fail("no frame could be decoded (truncated or corrupt)");
+  if (mDecodedCount == 0)
+    fail(mDamage.empty() ? "no frame could be decoded (truncated or corrupt)" : mDamage[0].describe());
   checkComplete();
   return false;
 }
@@ -228,8 +309,12 @@ void FileFrameSource::seek(std::int64_t index) {
   mRange = FrameRange{index, -1};
   mDone = mDraining = false;
   if (mStill) {
+    // The decoder's log goes first: a new decoder may be made where the old one was, and a log unregistered after
+    // the new one registered would take the new one's place with it.
+    mLog.reset();
     open();
     openDecoder();
+    holdPicture();
     mNextIndex = 0;
     return;
   }
@@ -248,25 +333,30 @@ std::int64_t FileFrameSource::indexOfDecoded() const {
   return av_rescale_q(pts - mStartPts, stream->time_base, av_inv_q(frameRateOf(*stream)));
 }
 
-void FileFrameSource::checkComplete() const {
-  // A file cut short still demuxes cleanly up to the cut in some containers (Matroska); what it states of its
-  // own length tells. Edit lists may hide a frame or two of what the container counts, hence the slack.
-  if (mStill || mRange.endsBefore(mNextIndex) || mStatedFrames <= 0) return;
-  if (mNextIndex < mStatedFrames - 2)
-    fail("truncated: only " + std::to_string(mNextIndex) + " of its " + std::to_string(mStatedFrames) +
-         " frames could be read");
+void FileFrameSource::checkComplete() {
+  // A file cut short still demuxes cleanly up to the cut in some containers (Matroska); what it states of its own
+  // length tells. No slack: the frames an edit list hides are already taken from the stated count, and nothing else
+  // explains a frame stated and not there.
+  if (mStill || mRange.endsBefore(mNextIndex) || mNextIndex >= mStatedFrames) return;
+  const std::int64_t first = std::max(mNextIndex, mRange.first);
+  const std::int64_t last = mRange.last >= 0 ? std::min(mRange.last, mStatedFrames - 1) : mStatedFrames - 1;
+  if (first <= last)
+    damaged({first, last, true,
+             fmt::format("truncated: the container states {} frames, the stream holds {}", mStatedFrames, mNextIndex)});
 }
 
-void FileFrameSource::readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info) {
+std::vector<FrameDamage> FileFrameSource::readImage(const std::string& path, ArgbFrame& frame, MediaInfo& info,
+                                                    OnDamage onDamage) {
   MediaInfo own = info;
   own.kind = MediaKind::Image;
-  FileFrameSource source(path, FrameRange{}, own);
+  FileFrameSource source(path, FrameRange{}, own, onDamage);
   if (!source.next(frame)) throw MediaError(path, "no frame could be decoded (truncated or corrupt)");
   info.width = own.width;
   info.height = own.height;
   info.hasAlpha = own.hasAlpha;
   info.reducedToEightBits = own.reducedToEightBits;
   info.codecName = own.codecName;
+  return source.damage();
 }
 
 }  // namespace Quillmere::Velmira

@@ -11,8 +11,9 @@ namespace Quillmere::Velmira {
 
 namespace fs = std::filesystem;
 
-SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange range, MediaInfo& info)
-    : mPattern(pattern) {
+SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange range, MediaInfo& info,
+                                         OnDamage onDamage)
+    : mPattern(pattern), mOnDamage(onDamage) {
   std::vector<std::int64_t> all = findNumbers();
   if (all.empty()) throw MediaError(pattern, "no file matches the sequence pattern");
   // A gap would shift every later frame in time, so it is an error rather than a skipped frame.
@@ -31,8 +32,9 @@ SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange 
   info.frameCount = static_cast<std::int64_t>(mNumbers.size());
   info.durationSeconds = static_cast<double>(all.size()) / info.frameRate.value();
   ArgbFrame first;
+  // Only the size is wanted here: a damaged first file is met again, and reported, when its turn comes.
   FileFrameSource::readImage(MediaPath::sequenceFileName(pattern, mNumbers.empty() ? all.front() : mNumbers.front()),
-                             first, info);
+                             first, info, OnDamage::Accept);
   mFirstInfo = info;
 }
 
@@ -73,7 +75,11 @@ bool SequenceFrameSource::next(ArgbFrame& frame) {
   std::int64_t number = mNumbers[mNext++];
   std::string file = MediaPath::sequenceFileName(mPattern, number);
   MediaInfo info = mFirstInfo;
-  FileFrameSource::readImage(file, frame, info);
+  for (FrameDamage damage : FileFrameSource::readImage(file, frame, info, mOnDamage)) {
+    damage.first = damage.last = number;  // a file's one frame is the sequence's frame of its number
+    damage.reason = MediaPath::sequenceFileName(mPattern, number) + ": " + damage.reason;
+    mDamage.push_back(std::move(damage));
+  }
   if (info.width != mFirstInfo.width || info.height != mFirstInfo.height)
     throw MediaError(file, "is " + std::to_string(info.width) + "x" + std::to_string(info.height) +
                                " where the sequence's first frame is " + std::to_string(mFirstInfo.width) + "x" +

@@ -172,7 +172,8 @@ ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
 }
 
 std::string MediaFixtures::makePicture(const Picture& picture) {
-  const bool tiff = fs::path(picture.name).extension() == ".tif";  // else PNG
+  const bool tiff = fs::path(picture.name).extension() == ".tif";
+  if (fs::path(picture.name).extension() == ".jpg") return makeJpeg(picture);
   const int channels = picture.alpha ? 4 : 3, bytes = picture.sixteenBit ? 2 : 1;
   Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
   codec->width = picture.width;
@@ -199,6 +200,41 @@ std::string MediaFixtures::makePicture(const Picture& picture) {
   return path(picture.name);
 }
 
+std::string MediaFixtures::makeJpeg(const Picture& picture) {
+  Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_MJPEG)));
+  codec->width = picture.width;
+  codec->height = picture.height;
+  codec->pix_fmt = AV_PIX_FMT_YUVJ444P;
+  codec->time_base = AVRational{1, 25};
+  codec->qmin = codec->qmax = 1;
+  Video fullRange601;  // JPEG's own YUV: BT.601 over the full range
+  fullRange601.matrix = AVCOL_SPC_SMPTE170M;
+  fullRange601.fullRange = true;
+  const ArgbFrame argb = pattern(picture.width, picture.height, picture.index, false);
+  const std::string file = path(picture.name);
+  mux(file, codec.get(), 1, false, {}, [&](AVFrame& frame, int) {
+    for (int y = 0; y < picture.height; ++y)
+      for (int x = 0; x < picture.width; ++x) {
+        const std::uint8_t* p = argb.row(y) + x * 4;
+        const std::array<int, 3> yuv = toYuv({p[1], p[2], p[3]}, fullRange601);
+        for (int plane = 0; plane < 3; ++plane)
+          frame.data[plane][y * frame.linesize[plane] + x] = static_cast<uint8_t>(std::clamp(yuv[plane], 0, 255));
+      }
+  });
+  if (picture.orientation == 0) return file;
+  // An APP1 segment right after the start marker: "Exif", then a big-endian TIFF header and one IFD whose only
+  // entry is Orientation (tag 0x112, one SHORT).
+  const std::string tiffHeader("MM\0\x2a\0\0\0\x08", 8);
+  const std::string entry = std::string("\0\x01\x01\x12\0\x03\0\0\0\x01\0", 11) +
+                            static_cast<char>(picture.orientation) + std::string(6, '\0');
+  const std::string payload = std::string("Exif\0\0", 6) + tiffHeader + entry;
+  const std::size_t length = payload.size() + 2;
+  const std::string app1 = std::string("\xff\xe1") + static_cast<char>(length >> 8) + static_cast<char>(length & 0xff);
+  std::string bytes = readFile(file);
+  writeFile(file, bytes.insert(2, app1 + payload));
+  return file;
+}
+
 std::string MediaFixtures::makeSequence(const std::string& pattern, int first, int count, int width, int height) {
   for (int n = first; n < first + count; ++n) {
     char name[1024];
@@ -217,6 +253,22 @@ std::string MediaFixtures::makeTruncated(const std::string& source, const std::s
 std::string MediaFixtures::makeCorrupt(const std::string& source, const std::string& name) {
   std::string bytes = readFile(source);
   for (std::size_t i = 16; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 2654435761u >> 24);
+  writeFile(path(name), bytes);
+  return path(name);
+}
+
+std::string MediaFixtures::makeDamagedFrame(const std::string& source, const std::string& name, int frame) {
+  AVFormatContext* format = nullptr;
+  check(avformat_open_input(&format, source.c_str(), nullptr, nullptr), "open " + source);
+  Owned<AVPacket> packet(av_packet_alloc());
+  std::int64_t at = -1;
+  for (int seen = 0; at < 0 && av_read_frame(format, packet.get()) >= 0; av_packet_unref(packet.get()))
+    if (format->streams[packet->stream_index]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && seen++ == frame)
+      at = packet->pos + packet->size / 2 - 32;
+  avformat_close_input(&format);
+  if (at < 0) throw std::runtime_error("fixture: " + source + " has no frame " + std::to_string(frame));
+  std::string bytes = readFile(source);
+  for (std::int64_t i = at; i < at + 64; ++i) bytes[i] = static_cast<char>(i * 2654435761u >> 24);
   writeFile(path(name), bytes);
   return path(name);
 }

@@ -28,11 +28,12 @@ public:
   };
 
   struct Picture {
-    std::string name = "picture.png";  // .png or .tif
+    std::string name = "picture.png";  // .png, .tif or .jpg (JPEG: 4:4:4, fine quantisers, no alpha or deep values)
     int width = 24, height = 16;
     // With sixteenBit each value v is stored as v * 257 give or take 127, which still rounds to v.
     bool alpha = false, sixteenBit = false;
-    int index = 0;  // varies the pattern, so the frames of a sequence differ
+    int index = 0;        // varies the pattern, so the frames of a sequence differ
+    int orientation = 0;  // a JPEG's EXIF orientation (1-8), written as a camera would; 0 writes none
   };
 
   MediaFixtures();
@@ -52,6 +53,8 @@ public:
   std::string makeTruncated(const std::string& source, const std::string& name, double fraction = 0.5);
   // `source` with all but its first 16 bytes replaced by noise: the format is recognised, the content is not.
   std::string makeCorrupt(const std::string& source, const std::string& name);
+  // `source` with 64 bytes in the middle of video frame `frame`'s packet overwritten by noise; the headers are whole.
+  std::string makeDamagedFrame(const std::string& source, const std::string& name, int frame);
 
   // The picture makePicture stores for `index` (opaque without alpha), as a frame.
   static ArgbFrame pattern(int width, int height, int index, bool alpha);
@@ -61,6 +64,8 @@ public:
   static std::tuple<int, double, double> audioOf(const std::string& file);
 
 private:
+  std::string makeJpeg(const Picture& picture);
+
   std::string mFolder;
 };
 

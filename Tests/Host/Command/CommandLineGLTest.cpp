@@ -47,9 +47,6 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   fixtures.makeTruncated(picture, "half.png");
   fixtures.makeTruncated(video, "half.mp4", 0.3);
   fixtures.makeCorrupt(video, "noise.mp4");
-  MediaFixtures::Video mkv;
-  mkv.name = "clip.mkv";
-  fixtures.makeTruncated(fixtures.makeVideo(mkv), "half.mkv", 0.6);  // demuxes cleanly up to the cut
   fixtures.makeSequence("gap/g_%03d.png", 1, 3, 4, 4);
   fs::remove(fixtures.path("gap/g_002.png"));
   fixtures.makeSequence("odd/o_%04d.png", 1, 1, 24, 16);
@@ -124,13 +121,13 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "p.png", "-o", "new.png", "--compare", "./new.png"}, 2, "--compare ./new.png is also the output"},
       // Failures: exit 1, naming the file at fault: the input, or the file of a sequence.
       {{"render", "absent.png", "-o", kept}, 1, "absent.png"},
-      {{"render", "half.png", "-o", kept}, 1, "half.png"},
+      {{"render", "half.png", "-o", kept}, 1, "half.png: frame 0 missing: truncated or corrupt"},
+      {{"render", "half.png", "-o", kept, "--accept-damaged"}, 1, "half.png: frame 0 missing: truncated or corrupt"},
       {{"render", "half.mp4", "-o", kept}, 1, "half.mp4"},
       {{"render", "noise.mp4", "-o", kept}, 1, "noise.mp4"},
       {{"render", "notes.png", "-o", kept}, 1, "notes.png"},
       {{"render", "empty.png", "-o", kept}, 1, "empty.png"},
       {{"render", "folder.png", "-o", kept}, 1, "folder.png"},
-      {{"render", "half.mkv", "-o", kept}, 1, "half.mkv: truncated"},
       {{"render", "none_%04d.png", "-o", kept}, 1, "none_%04d.png"},
       {{"render", "gap/g_%03d.png", "-o", kept}, 1, "gap/g_002.png"},
       {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
@@ -181,6 +178,48 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   EXPECT_FALSE(fs::exists(fixtures.path("late.mp4")));
   EXPECT_FALSE(fs::exists(fixtures.path("j.mp4")));
   EXPECT_FALSE(fs::exists(fixtures.path("new.png")));
+}
+
+// Damaged input fails by default, naming the file, the frame and the decoder's reason, and writes nothing; with
+// --accept-damaged it is rendered and its damaged frames are listed, even under --quiet.
+TEST(VelmiraCommandLine, DamagedInputFailsUnlessAccepted) {
+  MediaFixtures fixtures;
+  fixtures.makeDamagedFrame(fixtures.makeVideo({}), "hit.mp4", 5);
+  fixtures.makeTruncated(fixtures.makePicture({"p.jpg", 64, 48}), "half.jpg");
+  const std::string png = readFile(fixtures.makePicture({"p.png"}));
+  writeFile(fixtures.path("cut.png"), png.substr(0, png.size() - 12));  // the end chunk gone
+  MediaFixtures::Video mkv;
+  mkv.name = "clip.mkv";
+  fixtures.makeTruncated(fixtures.makeVideo(mkv), "half.mkv", 0.6);  // demuxes cleanly up to the cut
+  const struct {
+    std::string input, output;
+    std::string reason;  // after "<input>: ", on failure
+    std::string listed;  // a line of the list after an accepted render
+  } cases[] = {
+      // clang-format off
+      {"hit.mp4", "o.mp4", "frame 5 truncated or corrupt: ", "velmira:   frame 5 truncated or corrupt: "},
+      {"half.jpg", "o.jpg", "frame 0 truncated or corrupt: overread", "velmira:   frame 0 truncated or corrupt: "},
+      {"cut.png", "o.png", "frame 0 truncated or corrupt: 0 bytes left", "velmira:   frame 0 truncated or corrupt: "},
+      {"half.mkv", "o.mkv", "missing: truncated: the container states 10 frames, the stream holds", " missing: truncated"},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.input);
+    writeFile(fixtures.path(c.output), "an earlier result");
+    VelmiraRun refused = VelmiraRun::run({"render", c.input, "-o", c.output}, fixtures.folder());
+    EXPECT_EQ(refused.exitCode, 1) << refused.err;
+    EXPECT_NE(refused.err.find(c.input + ": frame"), std::string::npos) << refused.err;
+    EXPECT_NE(refused.err.find(c.reason), std::string::npos) << refused.err;
+    EXPECT_EQ(readFile(fixtures.path(c.output)), "an earlier result");
+    fs::remove(fixtures.path(c.output));
+    VelmiraRun accepted =
+        VelmiraRun::run({"mask", c.input, "-o", c.output, "--accept-damaged", "--quiet"}, fixtures.folder());
+    EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
+    EXPECT_NE(accepted.err.find(c.listed), std::string::npos) << accepted.err;
+    EXPECT_TRUE(fs::exists(fixtures.path(c.output)));
+  }
+  for (const auto& entry : fs::recursive_directory_iterator(fixtures.folder()))
+    EXPECT_EQ(entry.path().string().find(".partial"), std::string::npos) << "left behind: " << entry.path();
 }
 
 }  // namespace

@@ -123,6 +123,42 @@ TEST(MediaWriter, PicturesKeepTheirPixelsAndAlphaWhereTheFormatHoldsIt) {
   }
 }
 
+// A photo's EXIF orientation stands it upright as it is read: each row gives the upright size and where the stored
+// picture's top-left, top-right and bottom-left corners show, as EXIF defines the value; every pixel must be the
+// stored one carried there (within JPEG's loss on these gradients, which a wrong turn or mirror exceeds many times).
+TEST(MediaReader, ExifOrientationStandsPhotosUpright) {
+  using Point = std::array<int, 2>;
+  const std::tuple<int, int, int, Point, Point, Point> cases[] = {
+      // clang-format off
+      {3, 17, 9, {16, 8}, {0, 8}, {16, 0}},  // turned half round
+      {6, 9, 17, {8, 0}, {8, 16}, {0, 0}},   // a quarter clockwise
+      {8, 9, 17, {0, 16}, {0, 0}, {8, 16}},  // a quarter anticlockwise
+      {2, 17, 9, {16, 0}, {0, 0}, {16, 8}},  // mirrored left to right
+      {5, 9, 17, {0, 0}, {0, 16}, {8, 0}},   // mirrored across the diagonal
+      // clang-format on
+  };
+  const ArgbFrame stored = MediaFixtures::pattern(17, 9, 0, false);
+  for (const auto& [orientation, width, height, topLeft, topRight, bottomLeft] : cases) {
+    SCOPED_TRACE("orientation " + std::to_string(orientation));
+    MediaInfo info;
+    const std::string name = "turned-" + std::to_string(orientation) + ".jpg";
+    const std::vector<ArgbFrame> read =
+        readFrames(sharedMedia().makePicture({name, 17, 9, false, false, 0, orientation}), &info);
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(info.width, width);
+    EXPECT_EQ(info.height, height);
+    ArgbFrame upright;
+    upright.allocate(width, height);
+    for (int y = 0; y < 9; ++y)
+      for (int x = 0; x < 17; ++x) {
+        const int ux = topLeft[0] + (topRight[0] - topLeft[0]) * x / 16 + (bottomLeft[0] - topLeft[0]) * y / 8;
+        const int uy = topLeft[1] + (topRight[1] - topLeft[1]) * x / 16 + (bottomLeft[1] - topLeft[1]) * y / 8;
+        std::copy_n(stored.row(y) + x * 4, 4, upright.row(uy) + ux * 4);
+      }
+    EXPECT_EQ(firstDifference(read[0], upright, 20, false), "");
+  }
+}
+
 // Files are read and written by their numbers, so that a range of a job becomes the files it names.
 TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
   MediaFixtures& media = sharedMedia();
