@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -26,7 +27,8 @@ public:
     bool quiet = false;
   };
 
-  RenderJob(EffectHost& host, Request request);
+  // `stop`: see RenderPipeline.
+  RenderJob(EffectHost& host, Request request, const std::atomic<int>& stop);
 
   // Each returns the number of frames written.
   std::int64_t render();
@@ -45,6 +47,7 @@ private:
 
   EffectHost& mHost;
   Request mRequest;
+  const std::atomic<int>& mStop;
   std::function<FrameTime(const ArgbFrame&)> mFrameTime;
   std::optional<ArgbFrame> mCompareBefore;
   std::optional<ArgbFrame> mCompareAfter;

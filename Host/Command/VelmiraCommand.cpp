@@ -11,6 +11,7 @@
 
 #include "Command/Locations.h"
 #include "Command/RenderJob.h"
+#include "Command/SignalWatcher.h"
 #include "Core/EffectHost.h"
 #include "Core/HostError.h"
 #include "Core/ParamTrack.h"
@@ -158,9 +159,16 @@ std::string VelmiraCommand::paramsTable(const EffectHost& host) {
 }
 
 int VelmiraCommand::run(int argc, char** argv) {
+  // Before the plug-in and GL start threads of their own, which must inherit the blocked signals.
+  SignalWatcher signals;
   try {
-    return parseAndRun(argc, argv);
+    return parseAndRun(argc, argv, signals.received());
   } catch (const HostError& e) {
+    if (e.kind() == HostError::Kind::Interrupted) {
+      std::fprintf(stderr, "velmira: interrupted by %s; an existing output is as it was\n",
+                   SignalWatcher::nameOf(e.signal()).c_str());
+      return kSignalBase + e.signal();
+    }
     std::fprintf(stderr, "velmira: %s\n", e.what());
     if (e.kind() == HostError::Kind::Usage) {
       std::fprintf(stderr, "Run with --help for more information.\n");
@@ -173,7 +181,7 @@ int VelmiraCommand::run(int argc, char** argv) {
   }
 }
 
-int VelmiraCommand::parseAndRun(int argc, char** argv) {
+int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& stop) {
   // `velmira --version` is answered before the plug-in loads: the version is the command's own, and it is asked
   // for most where the plug-in or GL does not work. With other arguments CLI11 answers it after the load.
   const std::string version = fmt::format("velmira {}", Version::kText);
@@ -261,12 +269,12 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     render.frames = frames(framesOption, framesText);
     if (compareFrameOption->count()) render.compareFrame = compareFrame;
     fillDefaults(render, "");
-    RenderJob(host, render).render();
+    RenderJob(host, render, stop).render();
   } else if (*maskVerb) {
     applySliderFlags(host, maskFlags);
     mask.frames = frames(maskFramesOption, maskFramesText);
     fillDefaults(mask, "-mask");
-    RenderJob(host, mask).mask(rangeSlider);
+    RenderJob(host, mask, stop).mask(rangeSlider);
   }
   return kSuccess;
 }
