@@ -39,10 +39,8 @@ struct VelmiraRun {
 
   // Starts the command in `folder` without waiting for it, standard error to `errPath`; its process id.
   static pid_t start(const std::vector<std::string>& arguments, const std::string& folder, const std::string& errPath) {
-    std::vector<std::string> words{VELMIRA_COMMAND};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
+    std::vector<char*> argv{const_cast<char*>(VELMIRA_COMMAND)};
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     const pid_t pid = fork();
     if (pid == 0) {
