@@ -2,7 +2,7 @@
 
 #include <pthread.h>
 
-#include <cstring>
+#include <chrono>
 
 #include <fmt/format.h>
 
@@ -11,6 +11,7 @@ namespace Quillmere::Velmira {
 namespace {
 
 constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr auto kInsistAfter = std::chrono::seconds(1);
 
 // A blocked signal is kept pending even where its action is to ignore it, so one ignored at the start must not be
 // blocked, or sigwait would take it after all.
@@ -44,12 +45,16 @@ SignalWatcher::~SignalWatcher() {
 
 void SignalWatcher::watch() {
   if (sigisemptyset(&mWatched)) return;
+  std::chrono::steady_clock::time_point first;
   for (;;) {
     int signal = 0;
     if (sigwait(&mWatched, &signal) != 0 || mClosing) return;
     int none = 0;
-    if (mReceived.compare_exchange_strong(none, signal)) continue;
-    // A second signal: the person insists, so the signal acts as it would on any program.
+    if (mReceived.compare_exchange_strong(none, signal)) first = std::chrono::steady_clock::now();
+    // One request may come twice at once, from the terminal to the process group and from a wrapper passing it on;
+    // only a signal well after the first is the person insisting.
+    if (std::chrono::steady_clock::now() - first < kInsistAfter) continue;
+    // The signal then acts as it would on any program.
     sigset_t only;
     sigemptyset(&only);
     sigaddset(&only, signal);
