@@ -5,6 +5,7 @@
 //
 //   SoakBench [frames]      default 10000 (minutes on llvmpipe)
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -62,7 +63,8 @@ int main(int argc, char** argv) {
   host.setFrameRate(reader.info().frameRate.value());
   const Rational rate = reader.info().frameRate;
   double afterThousand = 0.0;
-  RenderPipeline(reader, writer)
+  const std::atomic<int> neverStopped{0};
+  RenderPipeline(reader, writer, neverStopped)
       .run(
           [&](ArgbFrame& before, ArgbFrame& after) {
             after.allocate(before.width(), before.height());

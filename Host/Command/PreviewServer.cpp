@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cctype>
 #include <chrono>
-#include <csignal>
 #include <random>
 #include <thread>
 
@@ -22,10 +21,6 @@ namespace Quillmere::Velmira {
 namespace {
 
 constexpr const char* kLoopback = "127.0.0.1";
-
-std::atomic<bool> gInterrupted{false};
-
-extern "C" void noteInterrupt(int) { gInterrupted = true; }
 
 // 128 bits from the system's entropy source, as hex: as much as a notebook server's token.
 std::string randomToken() {
@@ -77,22 +72,13 @@ void PreviewServer::bind(int port) {
 
 std::string PreviewServer::address() const { return fmt::format("http://{}:{}/?token={}", kLoopback, mPort, mToken); }
 
-void PreviewServer::run() {
-  gInterrupted = false;
-  struct sigaction note {};
-  note.sa_handler = noteInterrupt;
-  sigemptyset(&note.sa_mask);
-  note.sa_flags = SA_RESTART;
-  struct sigaction oldInterrupt {};
-  struct sigaction oldTerminate {};
-  sigaction(SIGINT, &note, &oldInterrupt);
-  sigaction(SIGTERM, &note, &oldTerminate);
-
+void PreviewServer::run(const std::atomic<int>& stop) {
   std::thread http([this] { mServer.listen_after_bind(); });
-  // A signal handler may do next to nothing; this thread turns the note into a stop within a few milliseconds.
+  // The command's SignalWatcher takes SIGINT, SIGTERM and SIGHUP and only records them; this thread turns the record
+  // into a stop within a few milliseconds.
   std::atomic<bool> served{false};
   std::thread watcher([&] {
-    while (!gInterrupted && !served) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    while (!stop.load() && !served) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     mRenderer.stop();
   });
   mRenderer.serve();
@@ -100,8 +86,6 @@ void PreviewServer::run() {
   mServer.stop();
   http.join();
   watcher.join();
-  sigaction(SIGINT, &oldInterrupt, nullptr);
-  sigaction(SIGTERM, &oldTerminate, nullptr);
 }
 
 void PreviewServer::route() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include <cstddef>
 #include <string>
 
@@ -23,8 +25,8 @@ public:
   void bind(int port);
   // The page's address, token included.
   std::string address() const;
-  // Serves until SIGINT or SIGTERM, then finishes the requests in flight and returns.
-  void run();
+  // Serves until `stop` holds a signal (SignalWatcher), then finishes the requests in flight and returns.
+  void run(const std::atomic<int>& stop);
 
 private:
   void route();

@@ -20,7 +20,8 @@
 
 namespace Quillmere::Velmira {
 
-RenderJob::RenderJob(EffectHost& host, Request request) : mHost(host), mRequest(std::move(request)) {}
+RenderJob::RenderJob(EffectHost& host, Request request, const std::atomic<int>& stop)
+    : mHost(host), mRequest(std::move(request)), mStop(stop) {}
 
 void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
   int limit = GLLimits::maxTextureSize();
@@ -97,7 +98,7 @@ std::int64_t RenderJob::run(const Process& process) {
   MediaWriter writer(mRequest.output, info);
   ProgressBar progress(info.frameCount, !mRequest.quiet);
   std::int64_t written =
-      RenderPipeline(reader, writer).run(process, [&](std::int64_t done) { progress.advance(done); });
+      RenderPipeline(reader, writer, mStop).run(process, [&](std::int64_t done) { progress.advance(done); });
   progress.finish();
   if (written == 0) throw HostError::failure(fmt::format("{}: no frame in the range asked for", mRequest.input));
   say(fmt::format("{} frame{} in {:.1f} s ({:.1f} frames/s)", written, written == 1 ? "" : "s",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -28,7 +29,8 @@ public:
     bool acceptDamaged = false;  // render damaged input as decoded, and list its damaged frames, instead of failing
   };
 
-  RenderJob(EffectHost& host, Request request);
+  // `stop`: see RenderPipeline.
+  RenderJob(EffectHost& host, Request request, const std::atomic<int>& stop);
 
   // Each returns the number of frames written.
   std::int64_t render();
@@ -48,6 +50,7 @@ private:
 
   EffectHost& mHost;
   Request mRequest;
+  const std::atomic<int>& mStop;
   std::function<FrameTime(const ArgbFrame&)> mFrameTime;
   std::optional<ArgbFrame> mCompareBefore;
   std::optional<ArgbFrame> mCompareAfter;

@@ -52,7 +52,12 @@ std::thread startThread(Body body) {
 
 }  // namespace
 
-RenderPipeline::RenderPipeline(MediaReader& reader, MediaWriter& writer) : mReader(reader), mWriter(writer) {}
+RenderPipeline::RenderPipeline(MediaReader& reader, MediaWriter& writer, const std::atomic<int>& stop)
+    : mReader(reader), mWriter(writer), mStop(stop) {}
+
+void RenderPipeline::checkStop() const {
+  if (int signal = mStop.load()) throw HostError::interrupted(signal);
+}
 
 std::int64_t RenderPipeline::run(const Process& process, const Progress& progress) {
   BoundedQueue<ArgbFrame> unused(kFramesInFlight);
@@ -71,7 +76,9 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
   auto decode = [&] {
     try {
       while (auto frame = unused.pop()) {
-        if (!mReader.read(*frame)) break;
+        bool more = mReader.read(*frame);
+        checkStop();
+        if (!more) break;
         ++read;
         if (!decoded.push(std::move(*frame))) break;
       }
@@ -87,12 +94,14 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
       while (auto frame = rendered.pop()) {
         mWriter.write(*frame);
         if (progress) progress(++written);
+        checkStop();
         unused.push(std::move(*frame));
       }
       // A closed queue also ends the loop after a failure elsewhere; only a clean run
       // that wrote something may put the output in place.
       if (!failure.happened() && written > 0) {
         checkCounts(read, written);
+        checkStop();
         mWriter.finish();
       }
     } catch (...) {
@@ -106,9 +115,11 @@ std::int64_t RenderPipeline::run(const Process& process, const Progress& progres
   try {
     decoder = startThread(decode);
     encoder = startThread(encode);
+    checkStop();
     while (auto before = decoded.pop()) {
       std::optional<ArgbFrame> after = failure.happened() ? std::nullopt : unused.pop();
       if (!after) break;
+      checkStop();
       process(*before, *after);
       after->index = before->index;
       after->pts = before->pts;

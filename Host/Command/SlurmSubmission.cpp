@@ -144,7 +144,7 @@ void SlurmSubmission::refuseUsageErrors() const {
         fmt::format("--parts {}: sbatch reads '%' in log names; choose a folder without it", mRequest.parts));
 }
 
-void SlurmSubmission::run() {
+void SlurmSubmission::run(const std::atomic<int>& stop) {
   refuseUsageErrors();
   const MediaInfo source = MediaReader(mRequest.input).info();
   OverwriteCheck::refuse(source, mRequest.output, "");
@@ -161,7 +161,7 @@ void SlurmSubmission::run() {
   if (!chunksJob.empty()) std::printf("chunks %s\n", chunksJob.c_str());
   std::printf("join %s\n", joinJob.c_str());
   std::fflush(stdout);
-  if (mRequest.wait) follow(plan, left.size(), chunksJob, joinJob);
+  if (mRequest.wait) follow(plan, left.size(), chunksJob, joinJob, stop);
 }
 
 // The velmira of this submission, at the same path on every node (each installs the same package).
@@ -223,7 +223,7 @@ std::string SlurmSubmission::submitJoin(const ChunkPlan& plan, const std::string
 // A chunk that fails ends the wait at once, and the join with it; sbatch --wait would neither tell which chunk
 // failed nor notice a join cancelled for it.
 void SlurmSubmission::follow(const ChunkPlan& plan, std::size_t left, const std::string& chunksJob,
-                             const std::string& joinJob) {
+                             const std::string& joinJob, const std::atomic<int>& stop) {
   const std::size_t total = plan.chunks().size();
   const bool terminal = ::isatty(STDERR_FILENO);
   std::set<int> done;
@@ -252,6 +252,12 @@ void SlurmSubmission::follow(const ChunkPlan& plan, std::size_t left, const std:
     if (ended(join)) {
       throw HostError::failure(fmt::format("the join ended {}: {}; its log is {}", join,
                                            lastLine(plan.file("join.log")), plan.file("join.log")));
+    }
+    if (int signal = stop.load()) {
+      if (terminal && !mRequest.quiet) std::fputc('\n', stderr);
+      const std::string jobs = chunksJob.empty() ? joinJob : chunksJob + " " + joinJob;
+      say(fmt::format("no longer following; the jobs run on (scancel {} stops them)", jobs));
+      throw HostError::interrupted(signal);
     }
     std::this_thread::sleep_for(kPollInterval);
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -30,8 +32,9 @@ public:
   explicit SlurmSubmission(Request request);
 
   // Submits, and with `wait` follows the jobs to their end. Throws HostError: usage for what cannot be asked,
-  // failure for a chunk or join that failed (naming its log) or a Slurm command that did.
-  void run();
+  // failure for a chunk or join that failed (naming its log) or a Slurm command that did. A signal in `stop`
+  // (SignalWatcher) ends the following, not the jobs, which Slurm runs on.
+  void run(const std::atomic<int>& stop);
 
 private:
   void refuseUsageErrors() const;
@@ -39,7 +42,8 @@ private:
   void writeScripts(const ChunkPlan& plan, FrameRange frames) const;
   std::string submitChunks(const ChunkPlan& plan, const std::vector<ChunkPlan::Chunk>& left);
   std::string submitJoin(const ChunkPlan& plan, const std::string& chunksJob);
-  void follow(const ChunkPlan& plan, std::size_t left, const std::string& chunksJob, const std::string& joinJob);
+  void follow(const ChunkPlan& plan, std::size_t left, const std::string& chunksJob, const std::string& joinJob,
+              const std::atomic<int>& stop);
   void say(const std::string& message) const;
 
   Request mRequest;

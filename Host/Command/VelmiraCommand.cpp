@@ -13,8 +13,9 @@
 #include "Command/Locations.h"
 #include "Command/PreviewServer.h"
 #include "Command/RenderJob.h"
-#include "Command/SlurmSubmission.h"
+#include "Command/SignalWatcher.h"
 #include "Command/SliderFlag.h"
+#include "Command/SlurmSubmission.h"
 #include "Core/EffectHost.h"
 #include "Core/HostError.h"
 #include "Media/MediaLog.h"
@@ -174,9 +175,16 @@ std::string VelmiraCommand::paramsTable(const EffectHost& host) {
 }
 
 int VelmiraCommand::run(int argc, char** argv) {
+  // Before the plug-in and GL start threads of their own, which must inherit the blocked signals.
+  SignalWatcher signals;
   try {
-    return parseAndRun(argc, argv);
+    return parseAndRun(argc, argv, signals.received());
   } catch (const HostError& e) {
+    if (e.kind() == HostError::Kind::Interrupted) {
+      std::fprintf(stderr, "velmira: interrupted by %s; an existing output is as it was\n",
+                   SignalWatcher::nameOf(e.signal()).c_str());
+      return kSignalBase + e.signal();
+    }
     std::fprintf(stderr, "velmira: %s\n", e.what());
     if (e.kind() == HostError::Kind::Usage) {
       std::fprintf(stderr, "Run with --help for more information.\n");
@@ -189,7 +197,7 @@ int VelmiraCommand::run(int argc, char** argv) {
   }
 }
 
-int VelmiraCommand::parseAndRun(int argc, char** argv) {
+int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& stop) {
   // `velmira --version` is answered before the plug-in loads: the version is the command's own, and it is asked
   // for most where the plug-in or GL does not work. With other arguments CLI11 answers it after the load.
   const std::string version = fmt::format("velmira {}", Version::kText);
@@ -316,12 +324,12 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     render.frames = frames(framesOption, framesText);
     if (compareFrameOption->count()) render.compareFrame = compareFrame;
     fillDefaults(render, "");
-    RenderJob(host, render).render();
+    RenderJob(host, render, stop).render();
   } else if (*maskVerb) {
     applySliderFlags(host, maskFlags);
     mask.frames = frames(maskFramesOption, maskFramesText);
     fillDefaults(mask, "-mask");
-    RenderJob(host, mask).mask(rangeSlider);
+    RenderJob(host, mask, stop).mask(rangeSlider);
   } else if (*joinVerb) {
     join.frames = frames(joinFramesOption, joinFramesText);
     JoinJob(join).run();
@@ -330,14 +338,14 @@ int VelmiraCommand::parseAndRun(int argc, char** argv) {
     submit.frames = frames(submitFramesOption, submitFramesText);
     submit.sliderArguments = sliderArguments(host, submitFlags);
     if (!VelmiraCommand::pluginOption(argc, argv).empty()) submit.plugin = pluginPath;
-    SlurmSubmission(submit).run();
+    SlurmSubmission(submit).run(stop);
   } else if (*previewVerb) {
     PreviewServer server(host, previewInput.empty() ? Locations::sample() : previewInput, rangeSlider);
     server.bind(previewPort);
     std::printf("%s\n", server.address().c_str());
     std::fflush(stdout);
     std::fprintf(stderr, "velmira: open the address above in a browser; Ctrl-C stops the preview\n");
-    server.run();
+    server.run(stop);
   }
   return kSuccess;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,7 +14,8 @@ class EffectHost;
 // then the command line is parsed against them.
 class VelmiraCommand {
 public:
-  enum ExitCode { kSuccess = 0, kFailure = 1, kUsage = 2 };
+  // A render stopped by signal N exits 128 + N, as shells report a program the signal ended.
+  enum ExitCode { kSuccess = 0, kFailure = 1, kUsage = 2, kSignalBase = 128 };
 
   int run(int argc, char** argv);
 
@@ -27,7 +29,7 @@ public:
   static std::string paramsTable(const EffectHost& host);
 
 private:
-  int parseAndRun(int argc, char** argv);
+  int parseAndRun(int argc, char** argv, const std::atomic<int>& stop);
 };
 
 }  // namespace Quillmere::Velmira

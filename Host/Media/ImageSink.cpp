@@ -1,6 +1,8 @@
 #include "Media/ImageSink.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <vector>
 
 #include "Media/MediaError.h"
 #include "Media/MediaPath.h"
@@ -12,7 +14,7 @@ ImageSink::ImageSink(const std::string& path, const MediaInfo& source)
   if (!mSequence)
     mSingle = std::make_unique<TempFile>(path);
   else
-    TempFile probe(path);  // the folder of a sequence must be writable too, before any rendering
+    mSequenceLock = std::make_shared<const FolderLock>(std::filesystem::path(path).parent_path().string(), path);
 }
 
 void ImageSink::writeFile(TempFile& file, const ArgbFrame& frame) {
@@ -32,9 +34,8 @@ void ImageSink::write(const ArgbFrame& frame) {
                        "frame_%04d.png for more");
     writeFile(*mSingle, frame);
   } else {
-    TempFile file(MediaPath::sequenceFileName(mPath, frame.index));
-    writeFile(file, frame);
-    file.commit();
+    const std::string name = MediaPath::sequenceFileName(mPath, frame.index);
+    writeFile(mSequenceFiles.try_emplace(frame.index, name, mSequenceLock).first->second, frame);
   }
   ++mWritten;
 }
@@ -44,7 +45,13 @@ void ImageSink::finish() {
     if (mWritten == 0) throw MediaError(mPath, "no frame was written");
     mSingle->commit();
     mSingle.reset();
+    return;
   }
+  if (mSequenceFiles.empty()) throw MediaError(mPath, "no frame was written");
+  std::vector<TempFile*> files;
+  for (auto& [index, file] : mSequenceFiles) files.push_back(&file);
+  TempFile::commitAll(files);
+  mSequenceFiles.clear();
 }
 
 }  // namespace Quillmere::Velmira

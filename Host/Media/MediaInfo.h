@@ -26,7 +26,7 @@ struct MediaInfo {
   // Frames the reader will deliver once the range is applied. Exact for images, sequences and containers that
   // state a frame count (MP4, MOV); estimated from the duration for the others (MKV).
   std::int64_t frameCount = 0;
-  bool frameCountExact = true;  // false where it is estimated
+  bool frameCountExact = true;   // false where it is estimated
   double durationSeconds = 0.0;  // of the whole source
   std::int64_t startPts = 0;     // pts of the source's first frame
 

@@ -19,8 +19,10 @@ class FrameSink;
 //    place for a display matrix: the time base and rotation survive MP4 and MOV exactly.
 //    MP4 and MKV get H.264; MOV gets QuickTime Animation (lossless ARGB) when the source has alpha, else H.264.
 //  - PNG and TIFF keep alpha when the source has it; JPEG has none.
-// Every file is written under a temporary name in its own folder and renamed by finish(). A writer destroyed
-// without finish(), or one whose write threw, leaves nothing behind and never touches an existing output.
+// Every file, each of a sequence too, is written under a temporary name in its own folder, and finish() alone puts
+// them in place, a sequence's all at once. A writer destroyed without finish(), or one whose write threw, leaves
+// nothing behind and never touches an existing output. Temporaries that a killed render left in the folder go when
+// the next writer there starts (FolderLock).
 // Meant for one thread at a time; separate writers share nothing.
 class MediaWriter {
 public:

@@ -1,6 +1,8 @@
-// Reading back what a test wrote: every frame of a file through the media layer, and a file's bytes.
+// Reading back what a test wrote: every frame of a file through the media layer, a file's bytes, a folder's names.
 #pragma once
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -35,6 +37,15 @@ inline std::string readFile(const std::string& path) {
 
 inline void writeFile(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// The names in `folder`, sorted, a folder's ending in '/': what a write made or left behind.
+inline std::vector<std::string> filesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const std::filesystem::directory_entry& e : std::filesystem::directory_iterator(folder))
+    names.push_back(e.path().filename().string() + (e.is_directory() ? "/" : ""));
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace Quillmere::Velmira

@@ -1,10 +1,14 @@
 // The velmira command as a person types it, one run a line: the arguments, the exit code, and a fragment of what it
 // must print (on standard output for a success, on standard error otherwise). After every run the inputs are as they
-// were, and so is an output that a failed run was given; no temporary file is left behind.
+// were, and so is an output that a failed run was given; no temporary or lock file is left behind.
 #include <gtest/gtest.h>
 
+#include <signal.h>
+
 #include <array>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include <fmt/format.h>
 #include <string>
@@ -68,6 +72,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
               0);
   }
   const std::string kept = "kept.png";
+  const std::string longest(251, 'n');                                     // with ".png", NAME_MAX
   const std::string ours = fmt::format("{:#x}", Version::kEffectVersion);  // the version global setup declares
   const std::string about = fmt::format("Velmira v{}.{}\nVelmira\n", Version::kMajor, Version::kMinor);
 
@@ -93,6 +98,9 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"params"}, 0, "\nSkin Whiten       --skin-whiten       30.0 %    0.0 to 100.0 %    0.0 to 100.0 %    percent"},
       {{"about"}, 0, about},
       {{"--version"}, 0, fmt::format("velmira {}\n", Version::kText)},
+      // Names of the longest length a file system allows: the temporaries' names are cut, not the outputs'.
+      {{"render", "p.png", "-o", longest + ".png"}, 0, longest + ".png"},
+      {{"render", "seq/f_%d.png", "-o", longest.substr(9) + "_%04d.png"}, 0, longest.substr(9) + "_%04d.png"},
       // Usage errors: exit 2, before anything is read or written.
       {{"render", "p.png", "-o", kept, "--skin-whiten", "120"}, 2, "--skin-whiten: Skin Whiten: 120 is outside its valid range 0 to 100 %"},
       {{"render", "p.png", "-o", kept, "--skin-blur", "0@0,31@1"}, 2, "Skin Blur: 31 is outside its valid range 0 to 30"},
@@ -172,9 +180,11 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
     for (std::size_t i = 0; i < inputs.size(); ++i)
       EXPECT_EQ(readFile(inputs[i]), before[i]) << inputs[i] << " was written";
     for (const auto& entry : fs::recursive_directory_iterator(fixtures.folder())) {
-      EXPECT_EQ(entry.path().string().find(".partial"), std::string::npos) << "left behind: " << entry.path();
+      EXPECT_NE(entry.path().filename().string()[0], '.') << "left behind: " << entry.path();
     }
   }
+  for (const std::string& name : {longest + ".png", longest.substr(9) + "_0007.png", longest.substr(9) + "_0009.png"})
+    EXPECT_EQ(readFrames(fixtures.path(name)).size(), 1u) << name;
   EXPECT_FALSE(fs::exists(fixtures.path("late.mp4")));
   EXPECT_FALSE(fs::exists(fixtures.path("j.mp4")));
   EXPECT_FALSE(fs::exists(fixtures.path("new.png")));
@@ -219,7 +229,49 @@ TEST(VelmiraCommandLine, DamagedInputFailsUnlessAccepted) {
     EXPECT_TRUE(fs::exists(fixtures.path(c.output)));
   }
   for (const auto& entry : fs::recursive_directory_iterator(fixtures.folder()))
-    EXPECT_EQ(entry.path().string().find(".partial"), std::string::npos) << "left behind: " << entry.path();
+    EXPECT_NE(entry.path().filename().string()[0], '.') << "left behind: " << entry.path();
+}
+
+// A signal during a render into an existing output stops it: exit 128+N naming the signal, the output's files as they
+// were byte for byte, no new frame of a sequence and no temporary left. It is signalled once its first temporary
+// appears, and the render lasts far longer than that.
+TEST(VelmiraCommandLine, ASignalStopsARenderAndKeepsTheExistingOutput) {
+  MediaFixtures fixtures;
+  MediaFixtures::Video clip;
+  clip.width = 160, clip.height = 120, clip.frames = 100, clip.audio = false;  // some 30 s at blur 30 on llvmpipe
+  const std::string video = fixtures.makeVideo(clip);
+  const std::string out = fixtures.path("out");
+  const struct {
+    int signal, exitCode;
+    std::string name, output;
+    std::vector<std::string> existing;
+  } cases[] = {{SIGINT, 130, "SIGINT", "kept.mp4", {"kept.mp4"}},
+               {SIGTERM, 143, "SIGTERM", "f_%04d.png", {"f_0000.png", "f_0001.png"}},
+               {SIGHUP, 129, "SIGHUP", "kept.mov", {"kept.mov"}}};
+  for (const auto& run : cases) {
+    SCOPED_TRACE(run.name);
+    fs::remove_all(out);
+    fs::create_directories(out);
+    for (const std::string& name : run.existing) writeFile(out + "/" + name, "earlier " + name);
+    const pid_t pid = VelmiraRun::start({"render", video, "-o", "out/" + run.output, "--skin-blur", "30"},
+                                        fixtures.folder(), fixtures.path("stderr"));
+    int status = 0;
+    bool signalled = false;
+    for (int i = 0; waitpid(pid, &status, WNOHANG) == 0; ++i) {
+      if (!signalled && filesIn(out).size() > run.existing.size() + 1) {  // a lock file and a temporary
+        signalled = kill(pid, run.signal) == 0;
+        i = 0;
+      }
+      if (i == 6000) kill(pid, SIGKILL);  // hung for a minute, which the checks below report
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    const std::string err = readFile(fixtures.path("stderr"));
+    EXPECT_TRUE(WIFEXITED(status)) << "ended by the signal itself, not by an exit";
+    EXPECT_EQ(WEXITSTATUS(status), run.exitCode) << err;
+    EXPECT_NE(err.find("interrupted by " + run.name), std::string::npos) << err;
+    EXPECT_EQ(filesIn(out), run.existing);
+    for (const std::string& name : run.existing) EXPECT_EQ(readFile(out + "/" + name), "earlier " + name);
+  }
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <fcntl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -33,6 +35,23 @@ struct VelmiraRun {
     std::remove(outPath.c_str());
     std::remove(errPath.c_str());
     return run;
+  }
+
+  // Starts the command in `folder` without waiting for it, standard error to `errPath`; its process id.
+  static pid_t start(const std::vector<std::string>& arguments, const std::string& folder, const std::string& errPath) {
+    std::vector<char*> argv{const_cast<char*>(VELMIRA_COMMAND)};
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    const pid_t pid = fork();
+    if (pid == 0) {
+      const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), none = open("/dev/null", O_RDWR);
+      dup2(none, 0);
+      dup2(none, 1);
+      dup2(err, 2);
+      if (chdir(folder.c_str()) == 0) execv(argv[0], argv.data());
+      _exit(127);
+    }
+    return pid;
   }
 };
 

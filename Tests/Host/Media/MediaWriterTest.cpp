@@ -2,6 +2,10 @@
 // host makes it keeps.
 #include <gtest/gtest.h>
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <tuple>
@@ -13,14 +17,6 @@ namespace Quillmere::Velmira {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The names in `folder`, sorted: what a write made or left behind.
-std::vector<std::string> filesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  for (const fs::directory_entry& e : fs::directory_iterator(folder)) names.push_back(e.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 // A range gives the frames of those numbers, and says how many; that they hold the pictures of those numbers the
 // writer's range rows check.
@@ -176,37 +172,73 @@ TEST(MediaWriter, SequenceInAndOutIsNumberedByFile) {
   EXPECT_EQ(firstDifference(readFrames(media.path("seqout/o_%03d.png")).at(1), in[2]), "");
 }
 
-// A failed write throws the one error class naming the output, leaves no temporary file behind, and never touches
-// what stood at the output path before; an output that cannot be written is refused before any frame is made.
+// A failed write throws the one error class naming the output (or the file of a sequence), leaves no temporary file
+// behind, and never touches what stood at the output path before, nor any file of an earlier sequence, even where the
+// last of a sequence's files cannot be put in place; an output that cannot be written is refused before any frame is
+// made.
 TEST(MediaWriter, FailedWritesLeaveNothingAndKeepTheExistingOutput) {
   fs::create_directories(sharedMedia().path("fail"));
   MediaInfo clip;
-  ArgbFrame frame = readFrames(sharedMedia().path("clip.mp4"), &clip).at(0), wrongSize;
+  ArgbFrame frame = readFrames(sharedMedia().path("clip.mp4"), &clip).at(0), second = frame, wrongSize;
+  second.index = 1;
   wrongSize.allocate(32, 32);
-  // The frames written in turn, a null one standing for the host's render failing, then finish().
-  const std::pair<const char*, std::vector<const ArgbFrame*>> cases[] = {{"abandoned.mp4", {&frame, nullptr}},
-                                                                         {"wrong-size.mkv", {&wrongSize}},
-                                                                         {"two-frames.png", {&frame, &frame}},
-                                                                         {"unknown.xyz", {&frame}},
-                                                                         {"none.mov", {}}};
-  for (const auto& [name, frames] : cases) {
+  // The frames written in turn, a null one standing for the host's render failing, then finish(); what stood in the
+  // folder before, a folder where the name ends in '/'.
+  const std::tuple<const char*, std::vector<const ArgbFrame*>, std::vector<std::string>> cases[] = {
+      {"abandoned.mp4", {&frame, nullptr}, {"abandoned.mp4"}},
+      {"wrong-size.mkv", {&wrongSize}, {"wrong-size.mkv"}},
+      {"two-frames.png", {&frame, &frame}, {"two-frames.png"}},
+      {"unknown.xyz", {&frame}, {"unknown.xyz"}},
+      {"none.mov", {}, {"none.mov"}},
+      {"f_%02d.png", {&frame, &second, nullptr}, {"f_00.png"}},
+      {"g_%02d.png", {&frame, &second}, {"g_00.png", "g_01.png/"}}};
+  for (const auto& [name, frames, before] : cases) {
     SCOPED_TRACE(name);
     const std::string output = sharedMedia().path(std::string("fail/") + name);
-    writeFile(output, "earlier render");
+    for (const std::string& file : before)
+      file.back() == '/' ? (void)fs::create_directory(sharedMedia().path("fail/" + file))
+                         : writeFile(sharedMedia().path("fail/" + file), "earlier render");
     try {
       MediaWriter writer(output, clip);
       for (const ArgbFrame* f : frames) f ? writer.write(*f) : throw MediaError(output, "render stopped");
       writer.finish();
       ADD_FAILURE() << "no error";
     } catch (const MediaError& e) {
-      EXPECT_EQ(e.path(), output) << e.what();
+      EXPECT_EQ(e.path().rfind(output.substr(0, output.find('%')), 0), 0u) << e.what();
     }
-    EXPECT_EQ(readFile(output), "earlier render");
-    EXPECT_EQ(filesIn(sharedMedia().path("fail")), std::vector<std::string>{name});
-    fs::remove(output);
+    EXPECT_EQ(filesIn(sharedMedia().path("fail")), before);
+    for (const std::string& file : before) {
+      if (file.back() != '/') {
+        EXPECT_EQ(readFile(sharedMedia().path("fail/" + file)), "earlier render");
+      }
+      fs::remove(sharedMedia().path("fail/" + file));
+    }
   }
   for (const char* output : {"no/such/folder/out.mp4", "no/such/folder/f_%04d.png", "."})
     EXPECT_THROW(MediaWriter(sharedMedia().path(output), clip), MediaError) << output;
+}
+
+// A writer starting in a folder removes the temporaries and lock file that a killed render left there, and keeps
+// those of a writer still at work, which a third one leaves alone too.
+TEST(MediaWriter, AStartingWriterRemovesWhatAKilledRenderLeftAndKeepsALiveOnes) {
+  const std::string folder = sharedMedia().path("stale");
+  fs::create_directories(folder);
+  MediaInfo clip;
+  const ArgbFrame frame = readFrames(sharedMedia().path("clip.mp4"), &clip).at(0);
+  if (fork() == 0) {
+    MediaWriter killed(folder + "/dead.png", clip);
+    killed.write(frame);
+    raise(SIGKILL);
+  }
+  wait(nullptr);
+  EXPECT_EQ(filesIn(folder).size(), 2u) << "the killed render's lock file and picture";
+  MediaWriter live(folder + "/live.png", clip);
+  live.write(frame);
+  MediaWriter next(folder + "/next.png", clip);
+  next.write(frame);
+  next.finish();
+  live.finish();
+  EXPECT_EQ(filesIn(folder), (std::vector<std::string>{"live.png", "next.png"}));
 }
 
 }  // namespace
