@@ -4,11 +4,13 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <stdexcept>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include "Command/CrashReport.h"
 #include "Command/JoinJob.h"
 #include "Command/Locations.h"
 #include "Command/PreviewServer.h"
@@ -175,6 +177,7 @@ std::string VelmiraCommand::paramsTable(const EffectHost& host) {
 }
 
 int VelmiraCommand::run(int argc, char** argv) {
+  CrashReport::install();
   // Before the plug-in and GL start threads of their own, which must inherit the blocked signals.
   SignalWatcher signals;
   try {
@@ -190,6 +193,9 @@ int VelmiraCommand::run(int argc, char** argv) {
       std::fprintf(stderr, "Run with --help for more information.\n");
       return kUsage;
     }
+    return kFailure;
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "velmira: out of memory; nothing was put in place\n");
     return kFailure;
   } catch (const std::exception& e) {
     std::fprintf(stderr, "velmira: %s\n", e.what());

@@ -15,6 +15,7 @@
 
 #include <fmt/format.h>
 
+#include "Media/CrashCleanup.h"
 #include "Media/MediaError.h"
 
 namespace Quillmere::Velmira {
@@ -60,10 +61,12 @@ std::string headOf(const std::string& text, std::size_t bytes) {
 
 FolderLock::FolderLock(const std::string& folder, const std::string& forPath) : mFolder(folder.empty() ? "." : folder) {
   createLocked(forPath);
+  CrashCleanup::add(mFolder, mToken);
   removeStale();
 }
 
 FolderLock::~FolderLock() {
+  CrashCleanup::remove(mToken);
   // Removed while still locked: a render that opened it meanwhile finds the name gone once it gets the lock.
   std::remove(mPath.c_str());
   ::close(mFd);

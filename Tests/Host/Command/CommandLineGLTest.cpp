@@ -8,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <filesystem>
+#include <set>
 #include <thread>
 
 #include <fmt/format.h>
@@ -272,6 +273,36 @@ TEST(VelmiraCommandLine, ASignalStopsARenderAndKeepsTheExistingOutput) {
     EXPECT_EQ(filesIn(out), run.existing);
     for (const std::string& name : run.existing) EXPECT_EQ(readFile(out + "/" + name), "earlier " + name);
   }
+}
+
+// From too little memory to start GL up to enough to render, the command renders, or fails with exit 1 and a message;
+// it is never ended by a signal (Mesa's shader compiler dereferences the null that a failed allocation gives it), and
+// leaves nothing in the folder.
+TEST(VelmiraCommandLine, UnderAMemoryLimitItRendersOrFailsCleanly) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer reserves more address space than any of these limits";
+#endif
+  MediaFixtures fixtures;
+  fixtures.makePicture({"p.png", 64, 48});
+  std::set<int> codes;
+  for (rlim_t mib = 280; mib <= 600; mib += 20) {
+    SCOPED_TRACE(fmt::format("ulimit -v {} MiB", mib));
+    int status = 0;
+    waitpid(VelmiraRun::start({"render", "p.png", "-o", "o.png"}, fixtures.folder(), fixtures.path("err"), mib << 20),
+            &status, 0);
+    ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+    const int code = WEXITSTATUS(status);
+    codes.insert(code);
+    EXPECT_TRUE(code == 0 || code == 1) << "exit " << code;
+    if (code != 0) {
+      EXPECT_NE(readFile(fixtures.path("err")).find("velmira: "), std::string::npos);
+    }
+    EXPECT_EQ(fs::exists(fixtures.path("o.png")), code == 0);
+    fs::remove(fixtures.path("o.png"));
+    for (const auto& entry : fs::directory_iterator(fixtures.folder()))
+      EXPECT_NE(entry.path().filename().string()[0], '.') << "left behind: " << entry.path();
+  }
+  EXPECT_EQ(codes, (std::set<int>{0, 1})) << "the limits no longer span failing and rendering";
 }
 
 }  // namespace

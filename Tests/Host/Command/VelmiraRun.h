@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,8 +38,10 @@ struct VelmiraRun {
     return run;
   }
 
-  // Starts the command in `folder` without waiting for it, standard error to `errPath`; its process id.
-  static pid_t start(const std::vector<std::string>& arguments, const std::string& folder, const std::string& errPath) {
+  // Starts the command in `folder` without waiting for it, standard error to `errPath`; its process id. A limit on
+  // its address space, in bytes, as `ulimit -v` sets, where not 0.
+  static pid_t start(const std::vector<std::string>& arguments, const std::string& folder, const std::string& errPath,
+                     rlim_t addressSpace = 0) {
     std::vector<char*> argv{const_cast<char*>(VELMIRA_COMMAND)};
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
@@ -48,6 +51,8 @@ struct VelmiraRun {
       dup2(none, 0);
       dup2(none, 1);
       dup2(err, 2);
+      const rlimit limit{addressSpace, addressSpace};
+      if (addressSpace) setrlimit(RLIMIT_AS, &limit);
       if (chdir(folder.c_str()) == 0) execv(argv[0], argv.data());
       _exit(127);
     }
