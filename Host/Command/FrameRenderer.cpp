@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "Command/RenderJob.h"
 #include "Command/SkinMask.h"
 #include "Core/FrameTime.h"
 
@@ -25,7 +26,9 @@ double millisecondsSince(std::chrono::steady_clock::time_point start) {
 }  // namespace
 
 FrameRenderer::FrameRenderer(EffectHost& host, const std::string& input, std::size_t rangeSlider)
-    : mHost(host), mReader(input), mRangeSlider(rangeSlider), mEncoder(kPictureName, mReader.info().hasAlpha, true) {}
+    : mHost(host), mReader(input), mRangeSlider(rangeSlider), mEncoder(kPictureName, mReader.info().hasAlpha, true) {
+  RenderJob::checkFrameFitsGL(mReader.info());
+}
 
 FrameRenderer::Result FrameRenderer::request(Request request) {
   std::future<Result> answer;

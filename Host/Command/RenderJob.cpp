@@ -23,13 +23,12 @@ namespace Quillmere::Velmira {
 RenderJob::RenderJob(EffectHost& host, Request request, const std::atomic<int>& stop)
     : mHost(host), mRequest(std::move(request)), mStop(stop) {}
 
-void RenderJob::checkFrameFitsGL(const MediaInfo& info) const {
+void RenderJob::checkFrameFitsGL(const MediaInfo& info) {
   int limit = GLLimits::maxTextureSize();
   if (info.width > limit || info.height > limit) {
-    throw HostError::failure(
-        fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
-                    "pixels a side",
-                    mRequest.input, info.width, info.height, limit));
+    throw HostError::failure(fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
+                                         "pixels a side",
+                                         info.path, info.width, info.height, limit));
   }
 }
 

@@ -37,11 +37,13 @@ public:
   // `rangeSlider` is the position of "Skin Blur Range" among the host's sliders.
   std::int64_t mask(std::size_t rangeSlider);
 
+  // Throws a HostError naming the input where its frames are larger than a texture of the GL that renders.
+  static void checkFrameFitsGL(const MediaInfo& info);
+
 private:
   using Process = std::function<void(ArgbFrame& before, ArgbFrame& after)>;
 
   void refuseUsageErrors(const MediaInfo& info);
-  void checkFrameFitsGL(const MediaInfo& info) const;
   std::int64_t run(const Process& process);
   void keepForCompare(const ArgbFrame& before, const ArgbFrame& after);
   void writeCompare(const MediaInfo& info);

@@ -270,7 +270,7 @@ int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& s
   int previewPort = 0;
   CLI::App* previewVerb = app.add_subcommand(
       "preview", "Tune the sliders by eye: serves a page on 127.0.0.1 that shows the frame as they move; Ctrl-C stops");
-  previewVerb->add_option("input", previewInput, "Image, sequence pattern or video (default: the bundled portrait)");
+  CLI::Option* previewInputOption = previewVerb->add_option("input", previewInput, "Image, sequence pattern or video (default: the bundled portrait)");
   previewVerb->add_option("--port", previewPort, "The port to serve on (default 0: any free one)")
       ->check(CLI::Range(0, 65535));
 
@@ -313,7 +313,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& s
   }
 
   MediaLog::setVerbose(verbose);
-  if ((renderInput->count() && render.input.empty()) || (maskInput->count() && mask.input.empty())) {
+  if ((renderInput->count() && render.input.empty()) || (maskInput->count() && mask.input.empty()) ||
+      (previewInputOption->count() && previewInput.empty())) {
     throw HostError::usage("the INPUT given is empty");
   }
 

@@ -115,6 +115,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"mask", "p.png", "-o", kept, "--skin-whiten", "5"}, 2, "--skin-whiten"},
       {{"paint", "--help"}, 2, "'paint' is no verb of velmira"},
       {{"render", "", "-o", kept}, 2, "the INPUT given is empty"},
+      {{"preview", ""}, 2, "the INPUT given is empty"},
       {{"render", "p.png", "-o", "out.xyz"}, 2, "out.xyz: unknown output format '.xyz'"},
       {{"render", "p.png", "-o", "no/such/folder/out.png"}, 2, "there is no folder no/such/folder"},
       {{"render", "p.png", "-o", "out.png", "--compare", "c.mp4"}, 2, "--compare c.mp4: the before/after picture is one"},
@@ -141,6 +142,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "gap/g_%03d.png", "-o", kept}, 1, "gap/g_002.png"},
       {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
+      {{"preview", "wide.png"}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A join refuses segments that leave frames out, overlap or differ, naming the segment.
       {{"join", "--source", video, "-o", "j.mp4", "a.mp4", "d.mp4"}, 1, "d.mp4: starts at frame 6, but a.mp4 ends at frame 3: frames 4-5 are in no segment"},
