@@ -26,9 +26,10 @@ RenderJob::RenderJob(EffectHost& host, Request request, const std::atomic<int>& 
 void RenderJob::checkFrameFitsGL(const MediaInfo& info) {
   int limit = GLLimits::maxTextureSize();
   if (info.width > limit || info.height > limit) {
-    throw HostError::failure(fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
-                                         "pixels a side",
-                                         info.path, info.width, info.height, limit));
+    throw HostError::failure(
+        fmt::format("{}: the frame is {}x{}, larger than this OpenGL's texture limit of {} "
+                    "pixels a side",
+                    info.path, info.width, info.height, limit));
   }
 }
 
