@@ -39,6 +39,10 @@ PropertyList PropertyList::read(const std::string& path) {
     throw HostError::failure(
         fmt::format("{}: cannot read the plug-in's property list: {}", path, std::strerror(errno)));
   }
+  return parse(in, path);
+}
+
+PropertyList PropertyList::parse(std::istream& in, const std::string& path) {
   PropertyList list;
   list.mPath = path;
   std::string line;

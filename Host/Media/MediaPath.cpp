@@ -56,6 +56,25 @@ std::string MediaPath::sequenceFileName(const std::string& pattern, std::int64_t
   return (p.parent_path() / out).string();
 }
 
+std::optional<std::int64_t> MediaPath::sequenceNumber(const std::string& pattern, const std::string& fileName) {
+  // Each run of digits is tried as the number; the name is accepted only if the pattern prints exactly that name
+  // for it, so "f2_0007.png" is not frame 2.
+  for (std::size_t start = 0; start < fileName.size();) {
+    if (fileName[start] < '0' || fileName[start] > '9') {
+      ++start;
+      continue;
+    }
+    std::size_t end = start;
+    while (end < fileName.size() && fileName[end] >= '0' && fileName[end] <= '9') ++end;
+    if (end - start <= 18) {
+      std::int64_t number = std::stoll(fileName.substr(start, end - start));
+      if (fileNameOf(sequenceFileName(pattern, number)) == fileName) return number;
+    }
+    start = end;
+  }
+  return std::nullopt;
+}
+
 MediaKind MediaPath::kindOf(const std::string& path) {
   if (isSequencePattern(path)) return MediaKind::Sequence;
   static const char* const kVideoExtensions[] = {".mp4", ".mov", ".mkv", ".m4v", ".webm", ".avi"};
