@@ -121,6 +121,17 @@ std::array<int, 3> toYuv(const std::array<int, 3>& rgb, const MediaFixtures::Vid
           static_cast<int>(std::lround(128 + cb * chroma)), static_cast<int>(std::lround(128 + cr * chroma))};
 }
 
+// A JPEG (full-range, lossy) holds the pattern's grey levels alone: its BT.601 luma, with neutral chroma.
+void fillGrey(AVFrame& frame, const ArgbFrame& argb) {
+  for (int y = 0; y < argb.height(); ++y)
+    for (int x = 0; x < argb.width(); ++x) {
+      const std::uint8_t* p = argb.row(y) + x * 4;
+      frame.data[0][y * frame.linesize[0] + x] =
+          static_cast<uint8_t>(std::lround(0.299 * p[1] + 0.587 * p[2] + 0.114 * p[3]));
+      frame.data[1][y * frame.linesize[1] + x] = frame.data[2][y * frame.linesize[2] + x] = 128;
+    }
+}
+
 }  // namespace
 
 MediaFixtures::MediaFixtures() : mFolder((fs::temp_directory_path() / "velmira-media-XXXXXX").string()) {
@@ -172,18 +183,24 @@ ArgbFrame MediaFixtures::pattern(int width, int height, int index, bool alpha) {
 }
 
 std::string MediaFixtures::makePicture(const Picture& picture) {
-  const bool tiff = fs::path(picture.name).extension() == ".tif";  // else PNG
+  const fs::path extension = fs::path(picture.name).extension();
+  const bool tiff = extension == ".tif", jpeg = extension == ".jpg";  // else PNG
   const int channels = picture.alpha ? 4 : 3, bytes = picture.sixteenBit ? 2 : 1;
-  Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder(tiff ? AV_CODEC_ID_TIFF : AV_CODEC_ID_PNG)));
+  Owned<AVCodecContext> codec(avcodec_alloc_context3(avcodec_find_encoder(jpeg   ? AV_CODEC_ID_MJPEG
+                                                                          : tiff ? AV_CODEC_ID_TIFF
+                                                                                 : AV_CODEC_ID_PNG)));
   codec->width = picture.width;
   codec->height = picture.height;
-  codec->pix_fmt = bytes == 1 ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
-                   : tiff     ? (picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
-                              : (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE);
+  codec->pix_fmt = jpeg         ? AV_PIX_FMT_YUVJ444P
+                   : bytes == 1 ? (picture.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24)
+                   : tiff       ? (picture.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
+                                : (picture.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE);
+  codec->color_range = jpeg ? AVCOL_RANGE_JPEG : AVCOL_RANGE_UNSPECIFIED;
   codec->time_base = AVRational{1, 25};
   const ArgbFrame argb = pattern(picture.width, picture.height, picture.index, picture.alpha);
   fs::create_directories(fs::path(path(picture.name)).parent_path());
   mux(path(picture.name), codec.get(), 1, false, {}, [&](AVFrame& frame, int) {
+    if (jpeg) return fillGrey(frame, argb);
     for (int y = 0; y < picture.height; ++y)
       for (int x = 0; x < picture.width; ++x)
         for (int ch = 0; ch < channels; ++ch) {

@@ -28,7 +28,7 @@ public:
   };
 
   struct Picture {
-    std::string name = "picture.png";  // .png or .tif
+    std::string name = "picture.png";  // .png, .tif or .jpg (which holds the pattern's grey levels, lossily)
     int width = 24, height = 16;
     // With sixteenBit each value v is stored as v * 257 give or take 127, which still rounds to v.
     bool alpha = false, sixteenBit = false;
