@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -104,7 +105,7 @@ TEST(VelmiraRender, KeyframesReachThePluginAtEachFramesTimeAndTheComparePictureH
 
 // Damaged input never kills or hangs the command. Each mutant of a PNG, a JPEG, an MP4 and an MKV (bytes flipped, a
 // range zeroed, the file cut short, a range doubled, where a fixed seed says) renders every frame the media layer
-// reads of it, or fails with exit 1, its last word naming the file, and leaves nothing in the output's folder.
+// reads of it, or fails with exit 1, its last line naming the file, and leaves nothing in the output's folder.
 TEST(VelmiraRender, DamagedInputRendersEveryFrameItHoldsOrFailsNamingTheFile) {
   MediaFixtures fixtures;
   MediaFixtures::Video mp4, mkv;
