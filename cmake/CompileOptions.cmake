@@ -28,6 +28,15 @@ if(VELMIRA_WERROR)
   list(APPEND VELMIRA_WARNINGS -Werror)
 endif()
 
+option(VELMIRA_FUZZ "Build the libFuzzer targets of Tests/Fuzz (clang only; scripts/fuzz makes such a build)" OFF)
+if(VELMIRA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VELMIRA_FUZZ needs clang's libFuzzer: configure with CC=clang CXX=clang++")
+  endif()
+  # Every object feeds the fuzzer its coverage; only the fuzz targets link libFuzzer's main.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 set(VELMIRA_SANITIZER_FLAGS "")
 if(VELMIRA_SANITIZE)
   set(VELMIRA_SANITIZER_FLAGS -fsanitize=${VELMIRA_SANITIZE} -fno-omit-frame-pointer

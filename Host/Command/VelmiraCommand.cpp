@@ -1,7 +1,6 @@
 #include "Command/VelmiraCommand.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <new>
@@ -77,29 +76,6 @@ std::size_t rangeSliderIndex(const EffectHost& host) {
         fmt::format("the plug-in registers no \"{}\" slider, so there is no skin mask to draw", kRangeSliderName));
   }
   return static_cast<std::size_t>(found - sliders.begin());
-}
-
-std::int64_t parseFrameNumber(const std::string& digits, const std::string& whole) {
-  bool wellFormed = !digits.empty() && digits.size() <= 15 &&
-                    std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return std::isdigit(c); });
-  if (!wellFormed) {
-    throw HostError::usage(
-        fmt::format("--frames: '{}' is not a frame range A-B (frames are whole numbers from 0)", whole));
-  }
-  return std::stoll(digits);
-}
-
-// "--frames A-B", both included; "N" alone is the one frame N.
-FrameRange parseFrames(const std::string& text) {
-  auto dash = text.find('-');
-  FrameRange range;
-  range.first = parseFrameNumber(text.substr(0, dash), text);
-  range.last = dash == std::string::npos ? range.first : parseFrameNumber(text.substr(dash + 1), text);
-  if (range.last < range.first) {
-    throw HostError::usage(
-        fmt::format("--frames: '{}' ends before it starts ({} > {})", text, range.first, range.last));
-  }
-  return range;
 }
 
 // The flags render and mask share.
@@ -270,7 +246,8 @@ int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& s
   int previewPort = 0;
   CLI::App* previewVerb = app.add_subcommand(
       "preview", "Tune the sliders by eye: serves a page on 127.0.0.1 that shows the frame as they move; Ctrl-C stops");
-  CLI::Option* previewInputOption = previewVerb->add_option("input", previewInput, "Image, sequence pattern or video (default: the bundled portrait)");
+  CLI::Option* previewInputOption = previewVerb->add_option(
+      "input", previewInput, "Image, sequence pattern or video (default: the bundled portrait)");
   previewVerb->add_option("--port", previewPort, "The port to serve on (default 0: any free one)")
       ->check(CLI::Range(0, 65535));
 
@@ -319,7 +296,12 @@ int VelmiraCommand::parseAndRun(int argc, char** argv, const std::atomic<int>& s
   }
 
   auto frames = [](CLI::Option* option, const std::string& text) {
-    return option->count() == 0 ? FrameRange{} : parseFrames(text);
+    if (option->count() == 0) return FrameRange{};
+    try {
+      return FrameRange::parse(text);
+    } catch (const std::invalid_argument& e) {
+      throw HostError::usage(fmt::format("--frames: {}", e.what()));
+    }
   };
 
   if (*about) {

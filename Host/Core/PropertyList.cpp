@@ -1,5 +1,6 @@
 #include "Core/PropertyList.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -39,6 +40,10 @@ PropertyList PropertyList::read(const std::string& path) {
     throw HostError::failure(
         fmt::format("{}: cannot read the plug-in's property list: {}", path, std::strerror(errno)));
   }
+  return parse(in, path);
+}
+
+PropertyList PropertyList::parse(std::istream& in, const std::string& path) {
   PropertyList list;
   list.mPath = path;
   std::string line;
@@ -69,7 +74,10 @@ A_u_long PropertyList::number(const std::string& key) const {
   char* end = nullptr;
   errno = 0;
   unsigned long long parsed = std::strtoull(value.c_str(), &end, 0);
-  if (value.empty() || *end != '\0' || errno != 0 || parsed > 0xffffffffULL) {
+  // strtoull skips blanks, takes a sign and stops at a NUL byte; a number here is its digits alone, all of them.
+  const bool whole =
+      !value.empty() && std::isdigit(static_cast<unsigned char>(value.front())) && end == value.c_str() + value.size();
+  if (!whole || errno != 0 || parsed > 0xffffffffULL) {
     throw HostError::failure(fmt::format("{}: '{}' is not a 32-bit number: '{}'", mPath, key, value));
   }
   return static_cast<A_u_long>(parsed);

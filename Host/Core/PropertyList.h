@@ -1,5 +1,6 @@
 #pragma once
 
+#include <istream>
 #include <map>
 #include <string>
 
@@ -13,6 +14,8 @@ class PropertyList {
 public:
   // Throws HostError naming the file when it is missing or malformed, or lacks a key.
   static PropertyList read(const std::string& path);
+  // The same for a list already open; `path` only names it in messages.
+  static PropertyList parse(std::istream& in, const std::string& path);
   // The list that belongs to a plug-in library: same folder and name, extension .pipl.
   static std::string pathFor(const std::string& pluginPath);
 

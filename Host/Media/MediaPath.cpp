@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 
@@ -33,6 +34,12 @@ bool findNumberField(const std::string& name, std::size_t& start, std::size_t& l
   return fields == 1;
 }
 
+// The text around the number field, where "%%" stands for one percent sign.
+std::string literal(std::string text) {
+  for (std::size_t i = 0; (i = text.find("%%", i)) != std::string::npos; ++i) text.erase(i, 1);
+  return text;
+}
+
 std::string fileNameOf(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
 }  // namespace
@@ -50,10 +57,27 @@ std::string MediaPath::sequenceFileName(const std::string& pattern, std::int64_t
   int width = length == 4 ? name[start + 2] - '0' : 0;
   char digits[32];
   std::snprintf(digits, sizeof digits, "%0*lld", width, static_cast<long long>(number));
-  std::string out = name.substr(0, start) + digits + name.substr(start + length);
-  // A literal percent sign in the rest of the name is written "%%".
-  for (std::size_t i = 0; (i = out.find("%%", i)) != std::string::npos; ++i) out.erase(i, 1);
-  return (p.parent_path() / out).string();
+  return (p.parent_path() / (literal(name.substr(0, start)) + digits + literal(name.substr(start + length)))).string();
+}
+
+std::optional<std::int64_t> MediaPath::sequenceNumber(const std::string& pattern, const std::string& fileName) {
+  const std::string name = fileNameOf(pattern);
+  std::size_t start = 0, length = 0;
+  if (!findNumberField(name, start, length)) return std::nullopt;
+  // The number is all that lies between the pattern's text before its field and after it, digits of the
+  // name's own included: "f_%d0.png" names frame 5 "f_50.png".
+  const std::string before = literal(name.substr(0, start)), after = literal(name.substr(start + length));
+  if (fileName.size() <= before.size() + after.size() || fileName.compare(0, before.size(), before) != 0 ||
+      fileName.compare(fileName.size() - after.size(), after.size(), after) != 0)
+    return std::nullopt;
+  const char* first = fileName.data() + before.size();
+  const char* last = fileName.data() + fileName.size() - after.size();
+  std::int64_t number = 0;
+  auto [end, error] = std::from_chars(first, last, number);
+  if (*first < '0' || *first > '9' || error != std::errc() || end != last) return std::nullopt;
+  // Only the pattern's own spelling: "f_7.png" is not frame 7 of "f_%04d.png", nor "f_007.png" of "f_%d.png".
+  if (fileNameOf(sequenceFileName(pattern, number)) != fileName) return std::nullopt;
+  return number;
 }
 
 MediaKind MediaPath::kindOf(const std::string& path) {

@@ -40,31 +40,12 @@ SequenceFrameSource::SequenceFrameSource(const std::string& pattern, FrameRange 
 
 std::vector<std::int64_t> SequenceFrameSource::findNumbers() const {
   fs::path folder = fs::path(mPattern).parent_path();
-  std::string pattern = fs::path(mPattern).filename().string();
   std::error_code ec;
   fs::directory_iterator it(folder.empty() ? fs::path(".") : folder, ec);
   if (ec) throw MediaError(mPattern, "folder cannot be read: " + ec.message());
   std::vector<std::int64_t> numbers;
   for (const fs::directory_entry& entry : it) {
-    std::string name = entry.path().filename().string();
-    // Try each run of digits as the frame number, and accept the name only if the pattern prints exactly
-    // that name for it: "f_7.png" is not frame 7 of "f_%04d.png", "f2_0007.png" is not frame 2.
-    for (std::size_t start = 0; start < name.size();) {
-      if (name[start] < '0' || name[start] > '9') {
-        ++start;
-        continue;
-      }
-      std::size_t end = start;
-      while (end < name.size() && name[end] >= '0' && name[end] <= '9') ++end;
-      if (end - start <= 18) {
-        std::int64_t number = std::stoll(name.substr(start, end - start));
-        if (fs::path(MediaPath::sequenceFileName(pattern, number)).filename().string() == name) {
-          numbers.push_back(number);
-          break;
-        }
-      }
-      start = end;
-    }
+    if (auto number = MediaPath::sequenceNumber(mPattern, entry.path().filename().string())) numbers.push_back(*number);
   }
   std::sort(numbers.begin(), numbers.end());
   return numbers;

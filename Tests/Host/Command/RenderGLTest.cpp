@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -99,6 +101,49 @@ TEST(VelmiraRender, KeyframesReachThePluginAtEachFramesTimeAndTheComparePictureH
                       fixtures.folder());
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_TRUE(sameOutsideMarker(frames[10], readFrames(fixtures.path("flat/f_10.png")).front()));
+}
+
+// Damaged input never kills or hangs the command. Each mutant of a PNG, a JPEG, an MP4 and an MKV (bytes flipped, a
+// range zeroed, the file cut short, a range doubled, where a fixed seed says) renders every frame the media layer
+// reads of it, or fails with exit 1, its last line naming the file, and leaves nothing in the output's folder.
+TEST(VelmiraRender, DamagedInputRendersEveryFrameItHoldsOrFailsNamingTheFile) {
+  MediaFixtures fixtures;
+  MediaFixtures::Video mp4, mkv;
+  mp4.frames = mkv.frames = 6;
+  mkv.name = "clip.mkv";
+  const std::string sources[] = {fixtures.makePicture({"p.png"}), fixtures.makePicture({"p.jpg"}),
+                                 fixtures.makeVideo(mp4), fixtures.makeVideo(mkv)};
+  std::mt19937 random(20240611);
+  int n = 0;
+  for (const std::string& source : sources) {
+    for (int damage = 0; damage < 8; ++damage, ++n) {
+      std::string bytes = readFile(source);
+      const std::size_t start = random() % bytes.size(), length = 1 + random() % (bytes.size() / 8);
+      if (damage % 4 == 0)
+        for (int i = 0; i < 8; ++i) bytes[random() % bytes.size()] ^= static_cast<char>(1 + random() % 255);
+      if (damage % 4 == 1) bytes.replace(start, length, std::min(length, bytes.size() - start), '\0');
+      if (damage % 4 == 2) bytes.resize(start);
+      if (damage % 4 == 3) bytes.insert(start, bytes.substr(start, length));
+      const std::string kind = fs::path(source).extension().string(), input = "in" + std::to_string(n) + kind,
+                        folder = "o" + std::to_string(n), output = folder + "/r" + kind;
+      SCOPED_TRACE(input);
+      writeFile(fixtures.path(input), bytes);
+      fs::create_directories(fixtures.path(folder));
+      const VelmiraRun run = VelmiraRun::run({"render", input, "-o", output, "--quiet"}, fixtures.folder(), 60);
+      ASSERT_TRUE(run.exitCode == 0 || run.exitCode == 1) << "exit " << run.exitCode << "\n" << run.err;
+      std::vector<std::string> left;  // temporary files included
+      for (const auto& entry : fs::directory_iterator(fixtures.path(folder))) left.push_back(entry.path().string());
+      if (run.exitCode == 0) {
+        EXPECT_EQ(left, std::vector<std::string>{fixtures.path(output)});
+        EXPECT_EQ(readFrames(fixtures.path(output)).size(), readFrames(fixtures.path(input)).size());
+      } else {
+        EXPECT_EQ(left, std::vector<std::string>{});
+        const std::string err = run.err.substr(0, run.err.find_last_not_of('\n') + 1);
+        const std::string last = err.substr(err.rfind('\n') + 1);
+        EXPECT_TRUE(last.rfind("velmira: ", 0) == 0 && last.find(input) != std::string::npos) << run.err;
+      }
+    }
+  }
 }
 
 }  // namespace
