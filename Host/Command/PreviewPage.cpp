@@ -31,7 +31,7 @@ const std::string& PreviewPage::html() {
   button, a.button { background: #2b2d31; color: var(--text); border: 1px solid var(--line); border-radius: 4px;
                      padding: 4px 10px; font: inherit; cursor: pointer; text-decoration: none; }
   button[aria-pressed=true] { background: var(--accent); color: #1b1b1b; border-color: var(--accent); }
-  pre { white-space: pre-wrap; word-break: break-all; background: #121314; border: 1px solid var(--line);
+  pre { white-space: pre-wrap; overflow-wrap: anywhere; background: #121314; border: 1px solid var(--line);
         border-radius: 4px; padding: 8px; margin: 0 0 6px; font-size: 12px; user-select: all; }
   #status { font-variant-numeric: tabular-nums; }
   #error { color: #ff8a80; }

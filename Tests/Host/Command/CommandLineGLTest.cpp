@@ -49,6 +49,8 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
   fs::create_symlink("p.png", fixtures.path("link.png"));
   fs::create_hard_link(picture, fixtures.path("hard.png"));
   fixtures.makePicture({"wide.png", GLLimits::maxTextureSize() + 1, 2});
+  std::string huge = readFile(picture);  // its header says 16384x16384, more than FFmpeg decodes
+  writeFile(fixtures.path("huge.png"), huge.replace(16, 8, std::string("\0\0\x40\0\0\0\x40\0", 8)));
   fixtures.makeTruncated(picture, "half.png");
   fixtures.makeTruncated(video, "half.mp4", 0.3);
   fixtures.makeCorrupt(video, "noise.mp4");
@@ -142,6 +144,7 @@ TEST(VelmiraCommandLine, EachRunExitsAndSpeaksAsExpected) {
       {{"render", "gap/g_%03d.png", "-o", kept}, 1, "gap/g_002.png"},
       {{"render", "odd/o_%04d.png", "-o", kept}, 1, "odd/o_0002.png"},
       {{"render", "wide.png", "-o", kept}, 1, "wide.png: the frame is"},
+      {{"render", "huge.png", "-o", kept}, 1, "huge.png: FFmpeg refused to decode it for its size: Picture size 16384x16384 is invalid"},
       {{"preview", "wide.png"}, 1, "wide.png: the frame is"},
       {{"render", video, "-o", "late.mp4", "--frames", "20-30"}, 1, "no frame in the range asked for"},
       // A join refuses segments that leave frames out, overlap or differ, naming the segment.
