@@ -100,7 +100,9 @@ TEST(VelmiraFarm, RangesJoinedByHandAreOneRender) {
 // once the picture is mended a second submit renders that chunk alone.
 TEST(VelmiraFarm, SubmitOnSlurmIsOneRenderAndRendersAgainOnlyWhatFailed) {
   SlurmCluster cluster;
-  if (!cluster.ready()) GTEST_SKIP() << "no Slurm cluster could be started: scripts/setup installs slurm-wlm and munge";
+  if (!cluster.installed())
+    GTEST_SKIP() << "Slurm and munge are not installed: scripts/setup installs slurm-wlm and munge";
+  ASSERT_TRUE(cluster.ready()) << "the one-node Slurm cluster did not come up";
   MediaFixtures& fixtures = media();
   int n = 0;
   for (const Job& job : kJobs) {

@@ -29,6 +29,7 @@ public:
   SlurmCluster() {
     for (const char* tool : {"munged", "mungekey", "slurmctld", "slurmd", "sbatch"})
       if (std::system(("command -v " + std::string(tool) + " >/dev/null 2>&1").c_str()) != 0) return;
+    mInstalled = true;
     mFolder = std::filesystem::temp_directory_path() / ("velmira-slurm-" + std::to_string(::getpid()));
     std::filesystem::create_directories(mFolder + "/munge");
     std::filesystem::permissions(mFolder, std::filesystem::perms(0755));  // munged checks its socket's folders
@@ -56,6 +57,8 @@ public:
     if (!mFolder.empty()) std::filesystem::remove_all(mFolder);
   }
 
+  // Whether Slurm and munge are installed at all, and whether the cluster made of them came up.
+  bool installed() const { return mInstalled; }
   bool ready() const { return mReady; }
 
 private:
@@ -106,6 +109,7 @@ private:
 
   std::string mFolder;
   std::vector<pid_t> mDaemons;
+  bool mInstalled = false;
   bool mReady = false;
 };
 
