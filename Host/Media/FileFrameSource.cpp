@@ -98,6 +98,12 @@ FileFrameSource::FileFrameSource(const std::string& path, FrameRange range, Medi
   if (mStill) holdPicture();
   if (info.kind != MediaKind::Sequence) info.kind = mStill ? MediaKind::Image : MediaKind::Video;
   describe(info);
+  // A range that starts late is read from the key frame before it, not decoded from the start: the last chunk of a
+  // long film on a farm would otherwise decode nearly all of it to drop it. Frame numbers then come from timestamps,
+  // which count frames exactly only at a constant rate; elsewhere every frame is still counted from the first.
+  const AVStream& stream = *mFormat->streams[mStream];
+  const bool constantRate = av_cmp_q(stream.avg_frame_rate, stream.r_frame_rate) == 0 && stream.r_frame_rate.num > 0;
+  if (!mStill && mRange.first > 0 && constantRate) seekVideo(mRange.first);
 }
 
 void FileFrameSource::fail(const std::string& problem) const { throw MediaError(mPath, problem); }
@@ -318,6 +324,10 @@ void FileFrameSource::seek(std::int64_t index) {
     mNextIndex = 0;
     return;
   }
+  seekVideo(index);
+}
+
+void FileFrameSource::seekVideo(std::int64_t index) {
   const AVStream* stream = mFormat->streams[mStream];
   std::int64_t target = mStartPts + av_rescale_q(index, av_inv_q(frameRateOf(*stream)), stream->time_base);
   int err = av_seek_frame(mFormat.get(), mStream, target, AVSEEK_FLAG_BACKWARD);

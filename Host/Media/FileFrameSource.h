@@ -36,6 +36,7 @@ private:
   void checkDecoded();
   void damaged(FrameDamage damage);
   void deliver(ArgbFrame& frame);
+  void seekVideo(std::int64_t index);
   std::int64_t indexOfDecoded() const;
   void checkComplete();
   [[noreturn]] void fail(const std::string& problem) const;
