@@ -25,8 +25,12 @@ std::map<const void*, DecoderLog*>& registry() {
 
 thread_local DecoderLog* tCalling = nullptr;
 
-// Only errors count as damage: warnings come from whole files too (a JPEG's missing end marker alone loses nothing).
-bool isError(int level) { return level <= AV_LOG_ERROR; }
+// Errors count as damage, and one warning: a JPEG without its end marker was cut short, and FFmpeg decodes what is
+// left, greying the rest, with nothing worse to say when the cut falls inside its picture data. Other warnings come
+// from whole files too.
+bool isDamage(int level, const char* format) {
+  return level <= AV_LOG_ERROR || (level <= AV_LOG_WARNING && std::strncmp(format, "EOI missing", 11) == 0);
+}
 
 // imgutils logs through a class of its own, and only to refuse a size.
 bool isSizeCheck(void* context) {
@@ -77,7 +81,7 @@ void DecoderLog::callback(void* context, int level, const char* format, va_list 
   va_list forwarded;
   va_copy(forwarded, arguments);
   bool kept = false;
-  if (isError(level)) {
+  if (isDamage(level, format)) {
     std::lock_guard<std::mutex> lock(registryMutex());
     auto found = registry().find(context);
     bool sizeCheck = isSizeCheck(context);

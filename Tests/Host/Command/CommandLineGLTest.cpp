@@ -202,6 +202,7 @@ TEST(VelmiraCommandLine, DamagedInputFailsUnlessAccepted) {
   MediaFixtures fixtures;
   fixtures.makeDamagedFrame(fixtures.makeVideo({}), "hit.mp4", 5);
   fixtures.makeTruncated(fixtures.makePicture({"p.jpg", 64, 48}), "half.jpg");
+  fixtures.makeTruncated(fixtures.makePicture({"q.jpg"}), "end.jpg", 0.95);  // FFmpeg misses the end marker alone
   const std::string png = readFile(fixtures.makePicture({"p.png"}));
   writeFile(fixtures.path("cut.png"), png.substr(0, png.size() - 12));  // the end chunk gone
   MediaFixtures::Video mkv;
@@ -215,6 +216,7 @@ TEST(VelmiraCommandLine, DamagedInputFailsUnlessAccepted) {
       // clang-format off
       {"hit.mp4", "o.mp4", "frame 5 truncated or corrupt: ", "velmira:   frame 5 truncated or corrupt: "},
       {"half.jpg", "o.jpg", "frame 0 truncated or corrupt: overread", "velmira:   frame 0 truncated or corrupt: "},
+      {"end.jpg", "o.jpg", "frame 0 truncated or corrupt: EOI missing", "velmira:   frame 0 truncated or corrupt: "},
       {"cut.png", "o.png", "frame 0 truncated or corrupt: 0 bytes left", "velmira:   frame 0 truncated or corrupt: "},
       {"half.mkv", "o.mkv", "missing: truncated: the container states 10 frames, the stream holds", " missing: truncated"},
       // clang-format on
