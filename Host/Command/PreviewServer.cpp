@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cctype>
 #include <chrono>
+#include <optional>
 #include <random>
+#include <stdexcept>
 #include <thread>
 
 #include <fmt/format.h>
@@ -174,15 +175,19 @@ FrameRenderer::Request PreviewServer::parseRequest(FrameRenderer::Picture pictur
   return asked;
 }
 
+// A frame number is read by the one rule --frames reads it by, as a range of one.
 std::int64_t PreviewServer::parseFrame(const std::string& text) const {
   const FrameRange frames = info().frames();
-  bool digits = !text.empty() && text.size() <= 15 &&
-                std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });
-  if (!digits || !frames.contains(std::stoll(text))) {
+  std::optional<FrameRange> asked;
+  try {
+    asked = FrameRange::parse(text);
+  } catch (const std::invalid_argument&) {
+  }
+  if (!asked || asked->first != asked->last || !frames.contains(asked->first)) {
     throw HostError::usage(
         fmt::format("frame '{}' is not among the frames {}-{} of {}", text, frames.first, frames.last, info().path));
   }
-  return std::stoll(text);
+  return asked->first;
 }
 
 // The sliders as the effect registered them, which the page turns into its controls.
